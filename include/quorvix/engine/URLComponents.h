@@ -1,0 +1,71 @@
+#pragma once
+/// @file
+/// URL components with ordered query items, the starting point of every request.
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quorvix {
+
+/// One query item. A value that is absent is written as the bare name ("name"),
+/// an empty value as "name=".
+struct QueryItem {
+  std::string name;
+  std::optional<std::string> value;
+
+  friend bool operator==(const QueryItem&, const QueryItem&) = default;
+};
+
+/// The parts of a URL that the engine builds requests from. Query items keep
+/// the order in which they were added; names and values are stored decoded and
+/// percent-encoded losslessly when the URL is written (every byte outside
+/// `A-Z a-z 0-9 - . _ ~` is escaped, so a blank is "%20" and "+" is "%2B").
+class URLComponents {
+ public:
+  URLComponents() = default;
+
+  /// Parses an absolute URL; nothing when it has no scheme or cannot be read.
+  static std::optional<URLComponents> parse(std::string_view url);
+
+  const std::string& scheme() const { return scheme_; }
+  void setScheme(std::string scheme) { scheme_ = std::move(scheme); }
+  const std::string& host() const { return host_; }
+  void setHost(std::string host) { host_ = std::move(host); }
+  /// The port, when one is written in the URL.
+  std::optional<int> port() const { return port_; }
+  void setPort(std::optional<int> port) { port_ = port; }
+  /// The decoded path; empty or starting with "/".
+  const std::string& path() const { return path_; }
+  void setPath(std::string path) { path_ = std::move(path); }
+  /// Appends a path piece as it stands ("/api/widget/v1/q.js").
+  void appendPath(std::string_view piece) { path_.append(piece); }
+
+  const std::vector<QueryItem>& queryItems() const { return queryItems_; }
+  /// Replaces every query item.
+  void setQueryItems(std::vector<QueryItem> items) { queryItems_ = std::move(items); }
+  /// Appends one query item after the existing ones.
+  void appendQueryItem(std::string name, std::optional<std::string> value);
+  /// Removes every query item of that name.
+  void removeQueryItems(std::string_view name);
+  /// The value of the first item of that name (absent when there is none or it has no value).
+  std::optional<std::string> queryValue(std::string_view name) const;
+
+  /// The encoded query string without "?" (empty when there are no items).
+  std::string percentEncodedQuery() const;
+  /// The whole URL, encoded.
+  std::string string() const;
+
+ private:
+  std::string scheme_;
+  std::string host_;
+  std::optional<int> port_;
+  std::string path_;
+  std::vector<QueryItem> queryItems_;
+};
+
+/// Percent-encodes every byte outside `A-Z a-z 0-9 - . _ ~`.
+std::string percentEncode(std::string_view text);
+
+}  // namespace quorvix

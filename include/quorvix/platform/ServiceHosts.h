@@ -1,0 +1,40 @@
+#pragma once
+/// @file
+/// Where the service lives.
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+
+#include "quorvix/engine/QXError.h"
+
+namespace quorvix {
+
+/// The service's host names. Account hosts are `account + secondSuffix`,
+/// server hosts `server + mainSuffix`, and the configuration and static FAQ
+/// files live on `fixedHost`. `scheme` is "https"; "http" (with a `port`) is
+/// accepted only when every host is a loopback host (`localhost`,
+/// `*.localhost`, `127.0.0.1`, `::1`), for development and tests.
+struct QXServiceHosts {
+  std::string scheme = "https";
+  std::string mainSuffix = ".quorvix.com";
+  std::string secondSuffix = ".quorvix.net";
+  std::string fixedHost = "cdn.quorvix.com";
+  std::optional<int> port;
+
+  /// Hosts for a service base "https://HOST[:PORT]" or "http://localhost:PORT":
+  /// suffixes "." + HOST and the fixed host HOST. An error (domain
+  /// "com.quorvix.engine", code -1000 or -1002) for anything else.
+  static std::variant<QXServiceHosts, QXError> fromServiceBase(std::string_view base);
+
+  /// Nothing when these hosts may be used; otherwise why not.
+  std::optional<QXError> validate() const;
+
+  friend bool operator==(const QXServiceHosts&, const QXServiceHosts&) = default;
+};
+
+/// Whether `host` names this machine (`localhost`, `*.localhost`, `127.0.0.1`, `::1`).
+bool isLoopbackHost(std::string_view host);
+
+}  // namespace quorvix

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string_view>
+#include <variant>
+
+#include "quorvix/engine/Json.h"
+#include "quorvix/engine/QXError.h"
+
+namespace quorvix::detail {
+
+/// Deepest nesting a reply may have; deeper bodies are parse errors, not crashes.
+inline constexpr std::size_t kMaxJsonDepth = 64;
+
+/// Parses JSON (a bare scalar at top level allowed): nothing for empty text,
+/// the value, or a parse error of domain "NSCocoaErrorDomain", code 3840.
+std::variant<std::monostate, Json, QXError> parseJson(std::string_view text);
+
+}  // namespace quorvix::detail

@@ -1,0 +1,7 @@
+#include "quorvix/engine/QXBaseResponse.h"
+
+namespace quorvix {
+
+void QXBaseResponse::inflate(const JsonObject&) {}
+
+}  // namespace quorvix

@@ -1,0 +1,95 @@
+#include "quorvix/engine/QXConnection.h"
+
+#include "engine/JsonParse.h"
+#include "platform/Log.h"
+#include "quorvix/engine/Helpers.h"
+#include "quorvix/engine/QXDefaultConnectionHandler.h"
+#include "quorvix/engine/QXErrorHandler.h"
+
+namespace quorvix {
+namespace {
+
+// The two roads read answers alike but for how strict they are with a
+// dictionary's "status" and what a non-200 HTTP status turns into.
+enum class Road { Components, Request };
+
+QXResponse readAnswer(Road road, std::string body, const std::optional<QXHTTPURLResponse>& http,
+                      const std::optional<QXError>& transportError) {
+  const auto errorHandler = QXErrorHandler::shared();
+  if (!transportError && errorHandler->errorState()) errorHandler->setErrorState(false);
+
+  QXResponse response(http ? std::optional<std::string>(http->url) : std::nullopt);
+  response.setCacheParams(std::move(body));
+  response.setStatus(http ? http->statusCode : 0);
+
+  auto parsed = QXConnection::parse(response.cacheParams());
+  if (auto* error = std::get_if<QXError>(&parsed)) {
+    response.setError(*error);
+    errorHandler->setError(*error);
+  } else if (auto* value = std::get_if<Json>(&parsed)) {
+    if (const auto* object = value->if_object(); object != nullptr && road == Road::Components) {
+      const auto* status = object->if_contains("status");
+      const int64_t code = status != nullptr ? integerValue(*status) : 200;
+      if (code != 200) {
+        response.setError(errors::service(static_cast<long>(code)));
+      } else {
+        response.setParams(std::move(*value));
+      }
+    } else if (value->is_object() || value->is_array()) {
+      response.setParams(std::move(*value));
+    }
+  }
+
+  if (transportError) {
+    errorHandler->setError(*transportError);
+    if (!response.error()) response.setError(*transportError);
+  }
+
+  // Without an HTTP answer the status reads 0, so a transport failure ends
+  // as a "com.quorvix" error of code 0.
+  if (response.status() != 200) {
+    if (road == Road::Components) {
+      response.setError(errors::service(static_cast<long>(response.status())));
+    } else {
+      response.setError(QXError{errors::kServiceDomain, 500, {{"Error", "Status code 500"}}});
+    }
+  }
+  return response;
+}
+
+QXURLRequest identifiedRequest(std::string url) {
+  detail::logFormat("URL :: %@", url);
+  QXURLRequest request = refererRequest(appParams("iOS"));
+  request.url = std::move(url);
+  return request;
+}
+
+void send(Road road, const std::shared_ptr<QXConnectionHandler>& handler, std::string url, QXResponseCompletion completion) {
+  QXURLRequest request = identifiedRequest(std::move(url));
+  auto answer = [road, weakHandler = std::weak_ptr<QXConnectionHandler>(handler), completion = std::move(completion)](
+                    std::string body, std::optional<QXHTTPURLResponse> http, std::optional<QXError> error) {
+    QXResponse response = readAnswer(road, std::move(body), http, error);
+    response.setConnectionHandler(weakHandler);
+    if (completion) completion(std::move(response));
+  };
+  if (!handler) {
+    answer({}, std::nullopt, QXError{errors::kURLDomain, errors::kUnknown, {{"NSLocalizedDescription", "No connection handler"}}});
+    return;
+  }
+  handler->open(request, std::move(answer));
+}
+
+}  // namespace
+
+void QXConnection::openConnection(const std::shared_ptr<QXConnectionHandler>& handler, const URLComponents& components,
+                                  QXResponseCompletion completion) {
+  send(Road::Components, handler, components.string(), std::move(completion));
+}
+
+void QXConnection::connection(const QXURLRequest& request, QXResponseCompletion completion) {
+  send(Road::Request, std::make_shared<QXDefaultConnectionHandler>(), request.url, std::move(completion));
+}
+
+QXParseResult QXConnection::parse(std::string_view body) { return detail::parseJson(body); }
+
+}  // namespace quorvix

@@ -1,0 +1,193 @@
+// The session with the service: opened lazily by the first request that needs
+// one, kept alive with periodic calls, probed and re-opened when the service
+// answers 400 because it no longer knows the session.
+#include <algorithm>
+#include <cmath>
+
+#include "platform/Log.h"
+#include "quorvix/engine/Helpers.h"
+#include "quorvix/engine/QXSessionResponse.h"
+#include "quorvix/engine/Quorvix.h"
+#include "quorvix/platform/Platform.h"
+
+namespace quorvix {
+namespace {
+
+constexpr std::string_view kHelloPath = "/api/widget/v1/hello.js";
+constexpr std::string_view kKeepAlivePath = "/api/widget/v1/keepAlive.js";
+// A failed keep-alive is tried again after this many seconds, without limit.
+constexpr double kKeepAliveRetrySeconds = 10.0;
+// A service that announces no time-out (or a tiny one) must not make the
+// engine call it in a tight loop.
+constexpr double kShortestKeepAliveSeconds = 1.0;
+
+double keepAlivePeriod(std::optional<double> delay) {
+  // The period is read at single precision, as the service's clients always have.
+  const double seconds = static_cast<float>(delay.value_or(0.0));
+  return std::isfinite(seconds) ? std::max(seconds, kShortestKeepAliveSeconds) : kShortestKeepAliveSeconds;
+}
+
+QXError noAccountError() {
+  return QXError{errors::kEngineDomain, errors::kBadURL,
+                 {{"Description", "No account to talk to: call prepareWithAccountParams with an account first"}}};
+}
+
+}  // namespace
+
+void Quorvix::startSession(std::function<void()> continuation) {
+  std::shared_ptr<AccountParams> params;
+  {
+    std::lock_guard lock(mutex_);
+    if (continuation) sessionWaiters_.push_back(std::move(continuation));
+    // One "hello.js" at a time: later callers wait for the one in flight.
+    if (sessionStarting_) return;
+    sessionStarting_ = true;
+    params = accountParams_;
+  }
+
+  auto components = params ? params->baseUrlComp() : std::nullopt;
+  if (!components) {
+    std::lock_guard lock(mutex_);
+    sessionStarting_ = false;
+    sessionWaiters_.clear();
+    sessionError_ = noAccountError();
+    return;
+  }
+  components->appendPath(kHelloPath);
+  std::vector<QueryItem> items{{"nostats", "false"}, {"url", "mobile"}};
+  if (params->knowledgeBase()) items.push_back({"kb", *params->knowledgeBase()});
+  if (auto context = params->quorvixContext()) items.push_back({"context", wrapped(*context)});
+  components->setQueryItems(std::move(items));
+
+  QXConnection::openConnection(connectionHandler(), *components, [weak = weak_from_this()](QXResponse response) {
+    if (auto self = weak.lock()) self->finishSessionStart(std::move(response));
+  });
+}
+
+void Quorvix::finishSessionStart(QXResponse response) {
+  std::vector<std::function<void()>> waiters;
+  uint64_t chain = 0;
+  double period = 0;
+  {
+    std::lock_guard lock(mutex_);
+    sessionStarting_ = false;
+    // On failure the waiting requests are dropped: they never complete.
+    waiters.swap(sessionWaiters_);
+    if (response.error()) {
+      sessionError_ = response.error();
+      return;
+    }
+    auto session = response.typeAs<QXSessionResponse>();
+    if (!session) return;
+    sessionId_ = session->sessionId();
+    delay_ = session->timeout();
+    chain = ++keepAliveChain_;
+    period = keepAlivePeriod(delay_);
+  }
+  for (auto& waiter : waiters) waiter();
+  scheduleKeepAlive(chain, period);
+}
+
+void Quorvix::executeRequest(URLComponents components, QXResponseCompletion completion) {
+  if (auto sid = sessionId()) {
+    components.appendQueryItem("sid", std::move(sid));
+    sendInSession(std::move(components), std::move(completion));
+    return;
+  }
+  startSession([weak = weak_from_this(), components = std::move(components), completion = std::move(completion)]() mutable {
+    auto self = weak.lock();
+    if (!self) return;
+    components.appendQueryItem("sid", self->sessionId());
+    QXConnection::openConnection(self->connectionHandler(), components, std::move(completion));
+  });
+}
+
+void Quorvix::sendInSession(URLComponents components, QXResponseCompletion completion) {
+  QXConnection::openConnection(
+      connectionHandler(), components,
+      [weak = weak_from_this(), components, completion = std::move(completion)](QXResponse response) mutable {
+        auto self = weak.lock();
+        if (!self || !response.error() || response.error()->code != 400) {
+          if (completion) completion(std::move(response));
+          return;
+        }
+        self->probeAndResend(std::move(components), std::move(completion), std::move(response));
+      });
+}
+
+void Quorvix::probeAndResend(URLComponents components, QXResponseCompletion completion, QXResponse rejected) {
+  auto params = accountParams();
+  auto probe = params ? params->baseUrlComp() : std::nullopt;
+  if (!probe) {
+    // Nothing to probe without an account: the caller hears the rejection.
+    if (completion) completion(std::move(rejected));
+    return;
+  }
+  probe->appendPath(kKeepAlivePath);
+  QXConnection::openConnection(
+      connectionHandler(), *probe,
+      [self = shared_from_this(), components = std::move(components), completion = std::move(completion)](QXResponse answer) mutable {
+        // The session is still alive: the rejection was about something else and the
+        // request is dropped without an answer.
+        if (!answer.error()) return;
+        self->startSession([weak = std::weak_ptr<Quorvix>(self), components = std::move(components),
+                            completion = std::move(completion)]() mutable {
+          auto owner = weak.lock();
+          if (!owner) return;
+          components.removeQueryItems("sid");
+          components.appendQueryItem("sid", owner->sessionId());
+          QXConnection::openConnection(owner->connectionHandler(), components, std::move(completion));
+        });
+      });
+}
+
+void Quorvix::startKeepAlive() {
+  uint64_t chain;
+  {
+    std::lock_guard lock(mutex_);
+    chain = ++keepAliveChain_;
+  }
+  keepAlive(chain);
+}
+
+void Quorvix::keepAlive(uint64_t chain) {
+  {
+    std::lock_guard lock(mutex_);
+    if (chain != keepAliveChain_) return;
+  }
+  auto params = accountParams();
+  auto components = params ? params->baseUrlComp() : std::nullopt;
+  if (!components) return;
+  components->appendPath(kKeepAlivePath);
+  executeRequest(std::move(*components), [weak = weak_from_this(), chain](QXResponse response) {
+    auto self = weak.lock();
+    if (!self) return;
+    if (response.error()) {
+      detail::logFormat("Quorvix failed to keep alive %@", describe(*response.error()));
+      self->scheduleKeepAlive(chain, kKeepAliveRetrySeconds);
+      return;
+    }
+    auto session = response.typeAs<QXSessionResponse>();
+    const int64_t status = session && session->status() ? integerValue(*session->status()) : 0;
+    double period = 0;
+    {
+      std::lock_guard lock(self->mutex_);
+      if (chain != self->keepAliveChain_) return;
+      if (status != 200) {
+        // The service no longer keeps this session: the next request opens a new one.
+        self->sessionId_.reset();
+        return;
+      }
+      period = keepAlivePeriod(self->delay_);
+    }
+    self->scheduleKeepAlive(chain, period);
+  });
+}
+
+void Quorvix::scheduleKeepAlive(uint64_t chain, double seconds) {
+  platform::scheduler()->schedule(this, seconds, [weak = weak_from_this(), chain] {
+    if (auto self = weak.lock()) self->keepAlive(chain);
+  });
+}
+
+}  // namespace quorvix

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace quorvix::detail {
+
+/// Fills the first "%@" of a fixed log format with `argument`.
+std::string formatLog(std::string_view format, std::string_view argument);
+/// Logs a fixed format filled with one argument ("URL :: %@").
+void logFormat(std::string_view format, std::string_view argument);
+/// Replaces the values of the "apiKey" and "sid" query items in `text` by "***".
+std::string redactSecrets(std::string_view text);
+
+}  // namespace quorvix::detail

@@ -1,0 +1,131 @@
+#include "quorvix/platform/Platform.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <mutex>
+
+#include "platform/Log.h"
+#include "platform/SerialExecutor.h"
+#include "platform/TimerScheduler.h"
+
+namespace quorvix::platform {
+namespace {
+
+// The seams live for the whole process: nothing that runs late at exit (a
+// timer, a completion) may find them destroyed, so the state is never freed.
+struct State {
+  std::mutex mutex;
+  std::shared_ptr<MainExecutor> mainExecutor;
+  std::shared_ptr<Scheduler> scheduler;
+  std::shared_ptr<const LogSink> logSink;
+  std::optional<QXHostInfo> hostInfo;
+  QXServiceHosts serviceHosts;
+  std::optional<std::string> storageRoot;
+};
+
+State& state() {
+  static State* instance = new State;
+  return *instance;
+}
+
+std::string executableName() {
+  std::ifstream comm("/proc/self/comm");
+  std::string name;
+  if (comm && std::getline(comm, name) && !name.empty()) return name;
+  return "quorvix-host";
+}
+
+}  // namespace
+
+std::shared_ptr<MainExecutor> mainExecutor() {
+  auto& s = state();
+  std::lock_guard lock(s.mutex);
+  if (!s.mainExecutor) s.mainExecutor = std::make_shared<detail::SerialExecutor>();
+  return s.mainExecutor;
+}
+
+void setMainExecutor(std::shared_ptr<MainExecutor> executor) {
+  auto& s = state();
+  std::lock_guard lock(s.mutex);
+  s.mainExecutor = std::move(executor);
+}
+
+std::shared_ptr<Scheduler> scheduler() {
+  auto& s = state();
+  std::lock_guard lock(s.mutex);
+  if (!s.scheduler) s.scheduler = std::make_shared<detail::TimerScheduler>();
+  return s.scheduler;
+}
+
+void setScheduler(std::shared_ptr<Scheduler> scheduler) {
+  auto& s = state();
+  std::lock_guard lock(s.mutex);
+  s.scheduler = std::move(scheduler);
+}
+
+void setLogSink(LogSink sink) {
+  auto& s = state();
+  auto shared = sink ? std::make_shared<const LogSink>(std::move(sink)) : nullptr;
+  std::lock_guard lock(s.mutex);
+  s.logSink = std::move(shared);
+}
+
+void log(std::string_view line) {
+  std::shared_ptr<const LogSink> sink;
+  {
+    auto& s = state();
+    std::lock_guard lock(s.mutex);
+    sink = s.logSink;
+  }
+  const std::string redacted = detail::redactSecrets(line);
+  if (sink) {
+    (*sink)(redacted);
+  } else {
+    std::fprintf(stderr, "%s\n", redacted.c_str());
+  }
+}
+
+QXHostInfo hostInfo() {
+  auto& s = state();
+  std::lock_guard lock(s.mutex);
+  if (!s.hostInfo) s.hostInfo = QXHostInfo{executableName(), "0"};
+  return *s.hostInfo;
+}
+
+void setHostInfo(QXHostInfo info) {
+  auto& s = state();
+  std::lock_guard lock(s.mutex);
+  s.hostInfo = std::move(info);
+}
+
+QXServiceHosts serviceHosts() {
+  auto& s = state();
+  std::lock_guard lock(s.mutex);
+  return s.serviceHosts;
+}
+
+std::optional<QXError> setServiceHosts(QXServiceHosts hosts) {
+  if (auto error = hosts.validate()) return error;
+  auto& s = state();
+  std::lock_guard lock(s.mutex);
+  s.serviceHosts = std::move(hosts);
+  return std::nullopt;
+}
+
+std::string storageRoot() {
+  auto& s = state();
+  std::lock_guard lock(s.mutex);
+  if (s.storageRoot) return *s.storageRoot;
+  if (const char* xdg = std::getenv("XDG_DATA_HOME"); xdg != nullptr && *xdg != '\0') return xdg;
+  if (const char* home = std::getenv("HOME"); home != nullptr && *home != '\0') return std::string(home) + "/.local/share";
+  return ".";
+}
+
+void setStorageRoot(std::string path) {
+  auto& s = state();
+  std::lock_guard lock(s.mutex);
+  s.storageRoot = std::move(path);
+}
+
+}  // namespace quorvix::platform

@@ -1,0 +1,69 @@
+#include "quorvix/platform/ServiceHosts.h"
+
+#include <algorithm>
+#include <boost/url/parse.hpp>
+#include <boost/url/url_view.hpp>
+#include <cctype>
+
+namespace quorvix {
+namespace {
+
+QXError hostsError(long code, std::string description) {
+  return QXError{errors::kEngineDomain, code, {{"Description", std::move(description)}}};
+}
+
+std::string lowered(std::string_view text) {
+  std::string out(text);
+  std::transform(out.begin(), out.end(), out.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return out;
+}
+
+}  // namespace
+
+bool isLoopbackHost(std::string_view host) {
+  const std::string h = lowered(host);
+  if (h == "localhost" || h == "127.0.0.1" || h == "::1" || h == "[::1]") return true;
+  constexpr std::string_view kSuffix = ".localhost";
+  return h.size() > kSuffix.size() && h.ends_with(kSuffix);
+}
+
+std::optional<QXError> QXServiceHosts::validate() const {
+  if (scheme != "https" && scheme != "http") {
+    return hostsError(errors::kUnsupportedURL, "The service scheme must be https (or http for a loopback host), not '" + scheme + "'");
+  }
+  if (fixedHost.empty()) return hostsError(errors::kBadURL, "The service host is empty");
+  if (port && (*port < 1 || *port > 65535)) return hostsError(errors::kBadURL, "The service port is out of range");
+  if (scheme == "http") {
+    const bool loopback = isLoopbackHost(fixedHost) && isLoopbackHost("account" + secondSuffix) &&
+                          isLoopbackHost("server" + mainSuffix);
+    if (!loopback) {
+      return hostsError(errors::kUnsupportedURL,
+                        "Plain http is only allowed for loopback hosts (localhost, *.localhost); use https for " + fixedHost);
+    }
+  }
+  return std::nullopt;
+}
+
+std::variant<QXServiceHosts, QXError> QXServiceHosts::fromServiceBase(std::string_view base) {
+  auto parsed = boost::urls::parse_absolute_uri(base);
+  if (!parsed) return hostsError(errors::kBadURL, "Not a service base URL: " + std::string(base));
+  const boost::urls::url_view url = *parsed;
+  if (!url.has_authority() || url.host().empty() || url.has_userinfo() || url.has_query() || url.has_fragment() ||
+      !(url.path().empty() || url.path() == "/")) {
+    return hostsError(errors::kBadURL, "A service base is scheme://HOST[:PORT] only: " + std::string(base));
+  }
+  QXServiceHosts hosts;
+  hosts.scheme = lowered(url.scheme());
+  const std::string host = lowered(url.host());
+  hosts.fixedHost = host;
+  hosts.mainSuffix = "." + host;
+  hosts.secondSuffix = "." + host;
+  if (url.has_port()) {
+    if (url.port().empty() || url.port().size() > 5) return hostsError(errors::kBadURL, "Bad port in " + std::string(base));
+    hosts.port = static_cast<int>(url.port_number());
+  }
+  if (auto error = hosts.validate()) return *error;
+  return hosts;
+}
+
+}  // namespace quorvix

@@ -1,0 +1,57 @@
+#include "platform/TimerScheduler.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace quorvix::detail {
+
+TimerScheduler::TimerScheduler() : thread_([this] { run(); }) {}
+
+TimerScheduler::~TimerScheduler() {
+  {
+    std::lock_guard lock(mutex_);
+    stopping_ = true;
+  }
+  wake_.notify_one();
+  thread_.join();
+}
+
+void TimerScheduler::schedule(const void* owner, double delaySeconds, std::function<void()> task) {
+  // Clamp to a day so an absurd delay cannot overflow the clock.
+  const double seconds = std::isfinite(delaySeconds) ? std::clamp(delaySeconds, 0.0, 86400.0) : 0.0;
+  const auto due = Clock::now() + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
+  {
+    std::lock_guard lock(mutex_);
+    tasks_.emplace(std::make_pair(due, sequence_++), Entry{owner, std::move(task)});
+  }
+  wake_.notify_one();
+}
+
+void TimerScheduler::cancelAll(const void* owner) {
+  std::lock_guard lock(mutex_);
+  std::erase_if(tasks_, [owner](const auto& item) { return item.second.owner == owner; });
+}
+
+void TimerScheduler::run() {
+  std::unique_lock lock(mutex_);
+  while (!stopping_) {
+    if (tasks_.empty()) {
+      wake_.wait(lock);
+      continue;
+    }
+    auto first = tasks_.begin();
+    // A copy: cancelAll may erase the entry while this thread waits.
+    const auto due = first->first.first;
+    if (due > Clock::now()) {
+      wake_.wait_until(lock, due);
+      continue;
+    }
+    auto task = std::move(first->second.task);
+    tasks_.erase(first);
+    lock.unlock();
+    task();
+    lock.lock();
+  }
+}
+
+}  // namespace quorvix::detail

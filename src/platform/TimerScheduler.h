@@ -1,0 +1,41 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <thread>
+#include <utility>
+
+#include "quorvix/platform/Scheduler.h"
+
+namespace quorvix::detail {
+
+/// The default scheduler: one timer thread that runs due tasks in time order.
+/// Tasks still waiting when it is destroyed are dropped.
+class TimerScheduler : public Scheduler {
+ public:
+  TimerScheduler();
+  ~TimerScheduler() override;
+  void schedule(const void* owner, double delaySeconds, std::function<void()> task) override;
+  void cancelAll(const void* owner) override;
+
+ private:
+  using Clock = std::chrono::steady_clock;
+  struct Entry {
+    const void* owner;
+    std::function<void()> task;
+  };
+  void run();
+
+  std::mutex mutex_;
+  std::condition_variable wake_;
+  std::multimap<std::pair<Clock::time_point, uint64_t>, Entry> tasks_;
+  uint64_t sequence_ = 0;
+  bool stopping_ = false;
+  std::thread thread_;
+};
+
+}  // namespace quorvix::detail

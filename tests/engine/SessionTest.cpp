@@ -1,0 +1,271 @@
+#include <gtest/gtest.h>
+
+#include "quorvix/engine/Quorvix.h"
+#include "support/PlatformFixture.h"
+#include "support/RecordingConnectionHandler.h"
+
+namespace quorvix {
+namespace {
+
+using testing::queryNames;
+using testing::Reply;
+using Names = std::vector<std::string>;
+
+constexpr const char* kHello = "/api/widget/v1/hello.js";
+constexpr const char* kKeepAlive = "/api/widget/v1/keepAlive.js";
+constexpr const char* kSearch = "/api/widget/v1/q.js";
+
+class SessionTest : public testing::PlatformFixture {
+ protected:
+  void SetUp() override {
+    PlatformFixture::SetUp();
+    auto params = std::make_shared<AccountParams>();
+    params->setAccount("acme");
+    params->setKnowledgeBase("kb1");
+    engine->prepareWithAccountParams(params);
+    engine->setConnectionHandler(handler);
+  }
+
+  // A search request as the search operation builds it.
+  URLComponents search(const std::string& text) {
+    auto url = engine->accountParams()->baseUrlComp().value();
+    url.appendPath(kSearch);
+    url.setQueryItems({{"text", text}});
+    return url;
+  }
+
+  // Sends a search and counts its completions.
+  void send(const std::string& text, int* completions) {
+    engine->executeRequest(search(text), [completions](QXResponse) { ++*completions; });
+  }
+
+  std::vector<URLComponents> sent(const std::string& path) {
+    std::vector<URLComponents> out;
+    for (std::size_t i = 0; i < handler->requests().size(); ++i) {
+      auto url = handler->components(i);
+      if (url.path() == path) out.push_back(url);
+    }
+    return out;
+  }
+
+  static Reply hello(const std::string& id, int timeout = 600) {
+    return Reply::json(R"({"sessionId":")" + id + R"(","timeout":)" + std::to_string(timeout) + R"(,"status":200})");
+  }
+
+  std::shared_ptr<Quorvix> engine = Quorvix::create();
+  std::shared_ptr<testing::RecordingConnectionHandler> handler = std::make_shared<testing::RecordingConnectionHandler>();
+};
+
+TEST_F(SessionTest, FirstRequestOpensTheSessionAndCarriesSidLast) {
+  auto params = engine->accountParams();
+  params->setQuorvixContext(JsonObject{{"brand", "x"}, {"line", "pro"}});
+  int completions = 0;
+  send("reset password", &completions);
+
+  ASSERT_EQ(sent(kHello).size(), 1u);
+  const auto start = sent(kHello)[0];
+  EXPECT_EQ(start.host(), "acme.quorvix.net");
+  EXPECT_EQ(queryNames(start), (Names{"nostats", "url", "kb", "context"}));
+  EXPECT_EQ(start.percentEncodedQuery(), "nostats=false&url=mobile&kb=kb1&context=brand%3Ax%2Cline%3Apro");
+  EXPECT_TRUE(sent(kSearch).empty()) << "the request waits for the session";
+
+  ASSERT_TRUE(handler->answer(kHello, hello("s1")));
+  EXPECT_EQ(engine->sessionId(), "s1");
+  EXPECT_EQ(engine->delay(), 300.0);
+  ASSERT_EQ(sent(kSearch).size(), 1u);
+  EXPECT_EQ(queryNames(sent(kSearch)[0]), (Names{"text", "sid"}));
+  EXPECT_EQ(sent(kSearch)[0].queryValue("sid"), "s1");
+
+  ASSERT_TRUE(handler->answer(kSearch, Reply::json("{}")));
+  EXPECT_EQ(completions, 1);
+  // Inside the session no further "hello.js" is sent.
+  send("again", &completions);
+  EXPECT_EQ(sent(kHello).size(), 1u);
+  EXPECT_EQ(sent(kSearch).back().queryValue("sid"), "s1");
+}
+
+TEST_F(SessionTest, NoContextNoKnowledgeBaseMeansNoSuchItems) {
+  auto params = std::make_shared<AccountParams>();
+  params->setAccount("acme");
+  engine->prepareWithAccountParams(params);
+  engine->startSession(nullptr);
+  EXPECT_EQ(queryNames(sent(kHello).at(0)), (Names{"nostats", "url"}));
+}
+
+TEST_F(SessionTest, ConcurrentRequestsShareOneSessionStart) {
+  int completions = 0;
+  for (int i = 0; i < 5; ++i) send("q" + std::to_string(i), &completions);
+  EXPECT_EQ(sent(kHello).size(), 1u);
+  ASSERT_TRUE(handler->answer(kHello, hello("s1")));
+  ASSERT_EQ(sent(kSearch).size(), 5u);
+  for (const auto& request : sent(kSearch)) EXPECT_EQ(request.queryValue("sid"), "s1");
+  while (handler->answer(kSearch, Reply::json("{}"))) {
+  }
+  EXPECT_EQ(completions, 5);
+  EXPECT_EQ(clock->pending(), 1u) << "one session, one keep-alive chain";
+}
+
+TEST_F(SessionTest, FailedStartKeepsTheErrorAndDropsTheWaitingRequests) {
+  int completions = 0;
+  send("a", &completions);
+  send("b", &completions);
+  ASSERT_TRUE(handler->answer(kHello, Reply::json(R"({"status":503})")));
+  EXPECT_EQ(engine->sessionError(), errors::service(503));
+  EXPECT_FALSE(engine->sessionId());
+  EXPECT_TRUE(sent(kSearch).empty());
+  EXPECT_EQ(clock->pending(), 0u);
+
+  // The next request starts afresh; a success does not clear the old error.
+  send("c", &completions);
+  ASSERT_TRUE(handler->answer(kHello, hello("s2")));
+  ASSERT_TRUE(handler->answer(kSearch, Reply::json("{}")));
+  EXPECT_EQ(completions, 1);
+  EXPECT_EQ(engine->sessionError(), errors::service(503));
+}
+
+TEST_F(SessionTest, KeepAliveRunsAtHalfTheAnnouncedTimeOut) {
+  engine->startSession(nullptr);
+  ASSERT_TRUE(handler->answer(kHello, hello("s1", 600)));
+  EXPECT_EQ(clock->nextDelay(), 300.0);
+
+  clock->advance(299);
+  EXPECT_TRUE(sent(kKeepAlive).empty());
+  clock->advance(1);
+  ASSERT_EQ(sent(kKeepAlive).size(), 1u);
+  const auto probe = sent(kKeepAlive)[0];
+  EXPECT_EQ(queryNames(probe), (Names{"Referer", "sid"}));
+  EXPECT_EQ(probe.queryValue("sid"), "s1");
+
+  ASSERT_TRUE(handler->answer(kKeepAlive, Reply::json(R"({"status":200})")));
+  EXPECT_EQ(clock->nextDelay(), 300.0);
+
+  // A failed keep-alive is tried again after 10 seconds and keeps the session.
+  clock->advance(300);
+  ASSERT_TRUE(handler->answer(kKeepAlive, Reply::failure(-1001)));
+  EXPECT_EQ(clock->nextDelay(), 10.0);
+  EXPECT_EQ(engine->sessionId(), "s1");
+  EXPECT_EQ(log->countStartingWith("Quorvix failed to keep alive "), 1u);
+  clock->advance(10);
+  EXPECT_EQ(sent(kKeepAlive).size(), 3u);
+
+  // A body "status" other than 200 arrives as an error, so it is retried too.
+  ASSERT_TRUE(handler->answer(kKeepAlive, Reply::json(R"({"status":500})")));
+  EXPECT_EQ(clock->nextDelay(), 10.0);
+  clock->advance(10);
+
+  // A 200 answer without "status" ends the session and the chain.
+  ASSERT_TRUE(handler->answer(kKeepAlive, Reply::json("{}")));
+  EXPECT_FALSE(engine->sessionId());
+  EXPECT_EQ(clock->pending(), 0u);
+}
+
+TEST_F(SessionTest, ServiceWithoutTimeOutDoesNotMakeTheKeepAliveSpin) {
+  engine->startSession(nullptr);
+  ASSERT_TRUE(handler->answer(kHello, Reply::json(R"({"sessionId":"s1","status":200})")));
+  EXPECT_EQ(engine->delay(), 0.0);
+  EXPECT_GE(clock->nextDelay().value_or(0), 1.0);
+}
+
+TEST_F(SessionTest, RejectedRequestIsResentOnceInANewSession) {
+  int completions = 0;
+  engine->startSession(nullptr);
+  ASSERT_TRUE(handler->answer(kHello, hello("s1")));
+  send("x", &completions);
+  ASSERT_TRUE(handler->answer(kSearch, Reply::json(R"({"status":400})")));
+  EXPECT_EQ(completions, 0);
+
+  // The probe has only its own items: no "sid".
+  ASSERT_EQ(sent(kKeepAlive).size(), 1u);
+  EXPECT_EQ(queryNames(sent(kKeepAlive)[0]), (Names{"Referer"}));
+  ASSERT_TRUE(handler->answer(kKeepAlive, Reply::json(R"({"status":400})", 400)));
+  ASSERT_TRUE(handler->answer(kHello, hello("s2")));
+  EXPECT_EQ(engine->sessionId(), "s2");
+
+  const auto resent = sent(kSearch).back();
+  EXPECT_EQ(sent(kSearch).size(), 2u);
+  EXPECT_EQ(queryNames(resent), (Names{"text", "sid"}));
+  EXPECT_EQ(resent.queryValue("sid"), "s2");
+
+  // A second 400 reaches the caller as it is.
+  ASSERT_TRUE(handler->answer(kSearch, Reply::json(R"({"status":400})")));
+  EXPECT_EQ(completions, 1);
+  EXPECT_EQ(sent(kKeepAlive).size(), 1u);
+  EXPECT_EQ(sent(kHello).size(), 2u);
+}
+
+TEST_F(SessionTest, SuccessfulProbeDropsTheRejectedRequest) {
+  int completions = 0;
+  engine->startSession(nullptr);
+  ASSERT_TRUE(handler->answer(kHello, hello("s1")));
+  send("x", &completions);
+  ASSERT_TRUE(handler->answer(kSearch, Reply::json("{}", 400)));
+  ASSERT_TRUE(handler->answer(kKeepAlive, Reply::json(R"({"status":200})")));
+  EXPECT_EQ(handler->pendingCount(), 0u);
+  EXPECT_EQ(sent(kHello).size(), 1u);
+  EXPECT_EQ(completions, 0);
+  EXPECT_EQ(engine->sessionId(), "s1");
+}
+
+TEST_F(SessionTest, RequestThatWaitedForTheSessionHearsA400Directly) {
+  int completions = 0;
+  send("x", &completions);
+  ASSERT_TRUE(handler->answer(kHello, hello("s1")));
+  ASSERT_TRUE(handler->answer(kSearch, Reply::json(R"({"status":400})")));
+  // Only a request sent inside an existing session is probed and re-sent.
+  EXPECT_EQ(completions, 1);
+  EXPECT_TRUE(sent(kKeepAlive).empty());
+}
+
+TEST_F(SessionTest, StopCancelsTheKeepAliveAndTheNextRequestOpensANewSession) {
+  engine->startSession(nullptr);
+  ASSERT_TRUE(handler->answer(kHello, hello("s1")));
+  clock->advance(300);
+  ASSERT_EQ(sent(kKeepAlive).size(), 1u);
+
+  engine->stop();
+  EXPECT_FALSE(engine->sessionId());
+  EXPECT_FALSE(engine->delay());
+  EXPECT_EQ(clock->pending(), 0u);
+  // The keep-alive that was in flight answers after stop: the chain stays ended.
+  ASSERT_TRUE(handler->answer(kKeepAlive, Reply::json(R"({"status":200})")));
+  EXPECT_EQ(clock->pending(), 0u);
+  clock->advance(3600);
+  EXPECT_EQ(sent(kKeepAlive).size(), 1u);
+
+  int completions = 0;
+  send("after", &completions);
+  EXPECT_EQ(sent(kHello).size(), 2u);
+}
+
+TEST_F(SessionTest, EngineGoneBeforeTheAnswerDoesNothing) {
+  int completions = 0;
+  send("x", &completions);
+  engine.reset();
+  EXPECT_TRUE(handler->answer(kHello, hello("s1")));
+  EXPECT_TRUE(sent(kSearch).empty());
+  EXPECT_EQ(clock->pending(), 0u);
+}
+
+TEST_F(SessionTest, WithoutAnAccountNothingIsSentAndTheReasonIsKept) {
+  auto bare = Quorvix::create();
+  bare->setConnectionHandler(handler);
+  bare->startSession([] { ADD_FAILURE() << "no session can open"; });
+  EXPECT_TRUE(handler->requests().empty());
+  ASSERT_TRUE(bare->sessionError());
+  EXPECT_EQ(bare->sessionError()->domain, errors::kEngineDomain);
+}
+
+TEST(FacadeTest, MembersBehaveAsDocumented) {
+  auto engine = Quorvix::create();
+  EXPECT_NE(engine->connectionHandler(), engine->connectionHandler()) << "a new default handler on every read";
+  EXPECT_EQ(engine->errorHandler(), engine->errorHandler());
+  EXPECT_NE(engine->errorHandler(), QXErrorHandler::shared());
+  EXPECT_EQ(Quorvix::shared(), Quorvix::shared());
+  EXPECT_FALSE(engine->isPrepared());
+  EXPECT_TRUE(engine->waitingAPICalls().empty());
+  engine->stop();  // harmless before any session
+  EXPECT_FALSE(engine->sessionId());
+}
+
+}  // namespace
+}  // namespace quorvix
