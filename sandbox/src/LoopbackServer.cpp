@@ -1,0 +1,142 @@
+#include "LoopbackServer.h"
+
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstddef>
+#include <stdexcept>
+#include <thread>
+
+#include "ConnectionStream.h"
+#include "WorkerPool.h"
+
+namespace quorvix::sandbox {
+
+namespace {
+
+/// Benchmarks send thousands of requests over one connection.
+constexpr std::size_t kKeepAliveMaxCount = 10000;
+constexpr time_t kKeepAliveTimeoutSeconds = 30;
+/// Each kept-alive connection holds a thread, so allow plenty.
+constexpr std::size_t kMaxThreads = 64;
+
+int milliseconds(time_t seconds, time_t microseconds) {
+  return static_cast<int>(seconds * 1000 + microseconds / 1000);
+}
+
+}  // namespace
+
+LoopbackServer::LoopbackServer() {
+  int fds[2] = {-1, -1};
+  if (::pipe2(fds, O_CLOEXEC) != 0) {
+    throw std::runtime_error("sandbox: cannot create a pipe");
+  }
+  wakeRead_ = fds[0];
+  wakeWrite_ = fds[1];
+  set_keep_alive_max_count(kKeepAliveMaxCount);
+  set_keep_alive_timeout(kKeepAliveTimeoutSeconds);
+  new_task_queue = [] { return new WorkerPool(kMaxThreads); };
+}
+
+LoopbackServer::~LoopbackServer() {
+  // A bound socket that never served is still open.
+  const socket_t listening = svr_sock_.exchange(INVALID_SOCKET);
+  if (listening != INVALID_SOCKET) {
+    ::close(listening);
+  }
+  ::close(wakeRead_);
+  ::close(wakeWrite_);
+}
+
+int LoopbackServer::bind(const std::string& address, int port) {
+  const int bound = port == 0 ? bind_to_any_port(address) : (bind_to_port(address, port) ? port : -1);
+  if (bound <= 0) {
+    return 0;
+  }
+  std::lock_guard lock(mutex_);
+  listenPending_ = true;
+  return bound;
+}
+
+bool LoopbackServer::serve() {
+  const bool ok = listen_after_bind();
+  std::lock_guard lock(mutex_);
+  listenPending_ = false;
+  return ok;
+}
+
+void LoopbackServer::shutdown() {
+  {
+    std::lock_guard lock(mutex_);
+    if (shutDown_) {
+      return;
+    }
+    shutDown_ = true;
+    // Never read: the pipe stays readable, waking every waiting connection.
+    const char byte = 1;
+    [[maybe_unused]] const ssize_t written = ::write(wakeWrite_, &byte, 1);
+  }
+  // httplib's stop() only takes effect once the accept loop has started, which
+  // may not have happened yet on the serving thread.
+  for (;;) {
+    {
+      std::lock_guard lock(mutex_);
+      if (!listenPending_) {
+        return;
+      }
+    }
+    if (is_running()) {
+      stop();
+      return;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+}
+
+bool LoopbackServer::awaitRequest(socket_t sock) const {
+  pollfd entries[2] = {{sock, POLLIN, 0}, {wakeRead_, POLLIN, 0}};
+  const int timeoutMs = milliseconds(keep_alive_timeout_sec_, 0);
+  for (;;) {
+    const int ready = ::poll(entries, 2, timeoutMs);
+    if (ready < 0 && errno == EINTR) {
+      continue;
+    }
+    if (ready <= 0 || entries[1].revents != 0) {
+      return false;
+    }
+    // A closed or failed connection also counts: reading it ends the loop.
+    return true;
+  }
+}
+
+bool LoopbackServer::process_and_close_socket(socket_t sock) {
+  // httplib writes the header and the body separately; without this, Nagle's
+  // algorithm holds the body back for a delayed ACK on reused connections.
+  const int noDelay = 1;
+  ::setsockopt(sock, IPPROTO_TCP, TCP_NODELAY, &noDelay, sizeof noDelay);
+  ConnectionStream stream(sock, milliseconds(read_timeout_sec_, read_timeout_usec_),
+                          milliseconds(write_timeout_sec_, write_timeout_usec_));
+  const std::function<void(httplib::Request&)> noSetup;
+  bool ok = false;
+  for (std::size_t left = keep_alive_max_count_; left > 0; --left) {
+    if (!stream.hasBuffered() && !awaitRequest(sock)) {
+      break;
+    }
+    bool closed = false;
+    ok = process_request(stream, left == 1, closed, noSetup);
+    if (!ok || closed) {
+      break;
+    }
+  }
+  ::shutdown(sock, SHUT_RDWR);
+  ::close(sock);
+  return ok;
+}
+
+}  // namespace quorvix::sandbox
