@@ -30,7 +30,8 @@ std::string shellHelp(const CommandRegistry& registry) {
   return formatText(text);
 }
 
-/// Parses one shell line's words and runs the command they name.
+}  // namespace
+
 ExitCode runShellCommand(Runtime& runtime, const std::vector<std::string>& words, const std::string& where) {
   CLI::App app{"", ""};
   app.require_subcommand(1);
@@ -51,6 +52,8 @@ ExitCode runShellCommand(Runtime& runtime, const std::vector<std::string>& words
   if (!chosen) return ExitCode::Usage;
   return chosen->action(runtime);
 }
+
+namespace {
 
 ExitCode runShell(Runtime& runtime) {
   const bool interactive = runtime.console().terminal().stdinIsTerminal;

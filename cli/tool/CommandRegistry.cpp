@@ -58,9 +58,13 @@ const CommandDef* CommandRegistry::find(std::string_view name) const {
 const CommandRegistry& builtinCommands() {
   static const CommandRegistry registry = [] {
     CommandRegistry commands;
+    registerFaqCommands(commands);
+    registerSearchCommands(commands);
     registerSessionCommands(commands);
     registerShellCommands(commands);
+    registerChatCommands(commands);
     registerSandboxCommands(commands);
+    registerDemoCommands(commands);
     return commands;
   }();
   return registry;

@@ -32,6 +32,10 @@ void dropConnection(httplib::Response& response) {
 ServiceCore::ServiceCore(double sessionTimeoutSeconds)
     : accounts_(Accounts::builtIn()), sessions_(sessionTimeoutSeconds), router_(accounts_, sessions_) {
   registerSessionEndpoints(router_, sessions_);
+  registerKnowledgeBaseEndpoints(router_, sessions_);
+  registerConversationEndpoints(router_);
+  registerSearchEndpoints(router_, sessions_);
+  registerChannelEndpoints(router_);
 }
 
 void ServiceCore::handle(const httplib::Request& request, httplib::Response& response) {

@@ -46,6 +46,17 @@ std::optional<Session> Sessions::use(const std::string& id, const std::string& a
   return it->second.session;
 }
 
+bool Sessions::setContext(const std::string& id, const std::string& account,
+                          std::vector<std::pair<std::string, std::string>> context) {
+  std::lock_guard lock(mutex_);
+  auto it = entries_.find(id);
+  if (it == entries_.end() || expired(it->second, Clock::now()) || it->second.session.account != account) {
+    return false;
+  }
+  it->second.session.context = std::move(context);
+  return true;
+}
+
 void Sessions::setTimeout(double seconds) {
   std::lock_guard lock(mutex_);
   timeoutSeconds_ = seconds;

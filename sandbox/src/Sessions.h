@@ -38,6 +38,10 @@ class Sessions {
                std::vector<std::pair<std::string, std::string>> context);
   /// The session `id` of `account` if it is alive; using it restarts its time-out.
   std::optional<Session> use(const std::string& id, const std::string& account);
+  /// Replaces the context of the live session `id` of `account` ("setParams");
+  /// false when there is no such session.
+  bool setContext(const std::string& id, const std::string& account,
+                  std::vector<std::pair<std::string, std::string>> context);
 
   /// The time-out given to sessions opened from now on.
   void setTimeout(double seconds);

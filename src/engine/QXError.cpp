@@ -6,6 +6,11 @@ QXError notValidResponse() { return QXError{kEngineDomain, 404, {{"Description",
 
 QXError service(long code) { return QXError{kServiceDomain, code, {}}; }
 
+QXError noAccount() {
+  return QXError{kEngineDomain, kBadURL,
+                 {{"Description", "No account to talk to: call prepareWithAccountParams with an account first"}}};
+}
+
 }  // namespace quorvix::errors
 
 namespace quorvix {

@@ -15,8 +15,9 @@ bool isNetworkLoss(long code) {
 }  // namespace
 
 std::shared_ptr<QXErrorHandler> QXErrorHandler::shared() {
-  static const auto instance = std::make_shared<QXErrorHandler>();
-  return instance;
+  // Never released: a transport completion may still report after main returns.
+  static auto* instance = new std::shared_ptr<QXErrorHandler>(std::make_shared<QXErrorHandler>());
+  return *instance;
 }
 
 void QXErrorHandler::setError(const QXError& error) {

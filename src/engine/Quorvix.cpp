@@ -19,9 +19,16 @@ std::shared_ptr<Quorvix> Quorvix::shared() {
 std::shared_ptr<Quorvix> Quorvix::create() { return std::make_shared<Quorvix>(); }
 
 void Quorvix::prepareWithAccountParams(std::shared_ptr<AccountParams> params) {
-  std::lock_guard lock(mutex_);
-  accountParams_ = std::move(params);
-  isPrepared_ = false;
+  {
+    std::lock_guard lock(mutex_);
+    accountParams_ = std::move(params);
+    configuration_.reset();
+    isPrepared_ = false;
+    fetchConfiguration_ = nullptr;
+    ++preparation_;
+  }
+  // With no configuration and no callback this starts the fetch.
+  setFetchConfiguration(nullptr);
 }
 
 void Quorvix::stop() {
@@ -29,6 +36,8 @@ void Quorvix::stop() {
   std::lock_guard lock(mutex_);
   // A keep-alive already in flight must not restart the chain when it answers.
   ++keepAliveChain_;
+  // The suggestion cache is emptied; the search cache is deliberately kept.
+  if (cachedSuggestions_) cachedSuggestions_->clear();
   sessionId_.reset();
   delay_.reset();
 }

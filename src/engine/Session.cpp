@@ -27,11 +27,6 @@ double keepAlivePeriod(std::optional<double> delay) {
   return std::isfinite(seconds) ? std::max(seconds, kShortestKeepAliveSeconds) : kShortestKeepAliveSeconds;
 }
 
-QXError noAccountError() {
-  return QXError{errors::kEngineDomain, errors::kBadURL,
-                 {{"Description", "No account to talk to: call prepareWithAccountParams with an account first"}}};
-}
-
 }  // namespace
 
 void Quorvix::startSession(std::function<void()> continuation) {
@@ -50,7 +45,7 @@ void Quorvix::startSession(std::function<void()> continuation) {
     std::lock_guard lock(mutex_);
     sessionStarting_ = false;
     sessionWaiters_.clear();
-    sessionError_ = noAccountError();
+    sessionError_ = errors::noAccount();
     return;
   }
   components->appendPath(kHelloPath);

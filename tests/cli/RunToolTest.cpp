@@ -83,7 +83,8 @@ TEST(RunToolTest, HelpDescribesOptionsAndCommands) {
     EXPECT_NE(run.out.find(word), std::string::npos) << word;
   }
   // Shell-only commands are not offered on the command line.
-  EXPECT_EQ(run.out.find("prepare"), std::string::npos);
+  EXPECT_EQ(run.out.find("\n  prepare "), std::string::npos);
+  EXPECT_EQ(run.out.find("\n  sleep "), std::string::npos);
 
   const auto sandboxHelp = runWith({"sandbox", "--help"});
   EXPECT_EQ(sandboxHelp.code, 0);

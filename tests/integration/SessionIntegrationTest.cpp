@@ -27,6 +27,8 @@ class SessionIntegrationTest : public testing::PlatformFixture {
     params->setAccount(sandbox::SandboxService::kDemoAccount);
     params->setKnowledgeBase(sandbox::SandboxService::kDemoKnowledgeBase);
     engine->prepareWithAccountParams(params);
+    // Preparing fetches the configuration; its answer must not land inside a test.
+    ASSERT_TRUE(eventually([&] { return engine->isPrepared(); }));
     QXErrorHandler::shared()->setErrorState(false);
     QXErrorHandler::shared()->setDelegate({});
     mainQueue->drain();
@@ -109,12 +111,15 @@ TEST_F(SessionIntegrationTest, DroppedConnectionIsReportedAndTheNextAnswerRecove
   EXPECT_FALSE(engine->sessionId());
   mainQueue->drain();
   EXPECT_EQ(delegate->failures, 1);
-  EXPECT_EQ(delegate->recoveries, 0);
 
+  // Answers to other engines' requests still in flight may clear the state
+  // too (the transport and the error handler are process-wide), so only the
+  // end state is certain: recovered, and no further failure.
   ASSERT_FALSE(openSession().empty());
   mainQueue->drain();
   EXPECT_EQ(delegate->failures, 1);
-  EXPECT_EQ(delegate->recoveries, 1);
+  EXPECT_GE(delegate->recoveries, 1);
+  EXPECT_FALSE(QXErrorHandler::shared()->errorState());
 }
 
 TEST_F(SessionIntegrationTest, ServiceFaultsSurfaceAsErrors) {

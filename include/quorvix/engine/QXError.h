@@ -55,6 +55,9 @@ inline constexpr long kJSONParseError = 3840;
 QXError notValidResponse();
 /// A service error of domain "com.quorvix" with the given code and no user information.
 QXError service(long code);
+/// The engine has no account to address (domain "com.quorvix.engine", code -1000):
+/// `prepareWithAccountParams` was not called with an account.
+QXError noAccount();
 }  // namespace errors
 
 }  // namespace quorvix

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "quorvix/conversation/ConversationCompletions.h"
 #include "quorvix/conversation/QXChatEngineDelegate.h"
 #include "quorvix/engine/AccountParams.h"
 #include "quorvix/engine/Json.h"
@@ -18,8 +19,13 @@
 #include "quorvix/engine/QXErrorHandler.h"
 #include "quorvix/engine/QXError.h"
 #include "quorvix/engine/URLComponents.h"
+#include "quorvix/faq/FAQCompletions.h"
+#include "quorvix/search/SearchCompletions.h"
 
 namespace quorvix {
+
+class QXTokenizer;
+class QXQueryResult;
 
 /// The engine. A host uses the process-wide `shared()` instance; tests and
 /// hosts that need several engines may make their own with `create()`.
@@ -106,6 +112,143 @@ class Quorvix : public std::enable_shared_from_this<Quorvix> {
   std::optional<std::string> conversationId() const;
   void setConversationId(std::optional<std::string> conversationId);
 
+  // --- search, contexts, channels (src/search/QuorvixSearch.cpp, src/channeling/QuorvixChanneling.cpp)
+
+  /// Searches the knowledge base ("q.js" with "text" inside the session). A
+  /// text already in the search cache is answered at once from it; the cache
+  /// is only used once the host has read `cachedSearches()`. A reply with
+  /// neither result nor error never completes.
+  void searchText(std::optional<std::string> text, SearchCompletion completion);
+  /// The search cache; made (and from then on used by `searchText`) on first read.
+  SearchCache cachedSearches();
+  void setCachedSearches(SearchCache cache);
+  /// Suggestions for a typed text ("autoComplete" with "text" and "stemming"
+  /// inside the session). Every reply with a result is cached by its text; a
+  /// cached text is answered at once. `stop` empties the cache.
+  void suggestionsForText(std::optional<std::string> text, SuggestionCompletion completion);
+  /// The suggestion cache (made on first read).
+  SuggestionCache cachedSuggestions();
+  void setCachedSuggestions(SuggestionCache cache);
+  /// Lists the values of the named contexts ("contextvalues.js" inside the
+  /// session); the result is the whole reply.
+  void contextValue(std::string contexts, ContextValueCompletion completion);
+  /// Adds the first entry of `context` as a dynamic context of the account and
+  /// sends the account's whole context ("setParams" inside the session); the
+  /// completion (may be empty) hears true for an HTTP 200.
+  void changeContext(std::optional<JsonObject> context, ChangeContextCompletion completion);
+  /// Fetches the escalation channels of an article for its like state and an
+  /// optional context ("/api/channeling/v1/get", no session).
+  void channels(std::shared_ptr<QXQueryResult> forResult, std::optional<std::string> context,
+                ChannelsCompletion completion);
+  /// Tells the service a channel was used: "escalate" inside the session for a
+  /// search hit, "report" without a session for any other article. Fire and forget.
+  void reportChanneling(std::shared_ptr<QXChanneling> channel, std::shared_ptr<QXQueryResult> article);
+  /// Sends a tracked event of the current conversation. Fire and forget.
+  void trackEvent(const JsonObject& event);
+
+  // --- configuration and FAQ (src/configuration/QuorvixConfiguration.cpp, src/faq/QuorvixFAQ.cpp)
+
+  /// The widget configuration; an empty one is made (and kept) on first read
+  /// when none has arrived.
+  std::shared_ptr<QXConfiguration> configuration();
+  void setConfiguration(std::shared_ptr<QXConfiguration> configuration);
+  /// The stored configuration callback, waiting for the fetch under way.
+  QXConfigurationCompletion fetchConfiguration() const;
+  /// Asks for the configuration: with one held, calls `callback` at once
+  /// (configuration, nothing). Otherwise a callback given while none is stored
+  /// is stored for the fetch under way, and nothing is fetched. Otherwise (no
+  /// callback, or one already stored: the new one is dropped uncalled) starts a
+  /// fetch when account parameters are set.
+  void setFetchConfiguration(QXConfigurationCompletion callback);
+  /// The address of the widget configuration: the base address plus
+  /// "/widget/scripts/cnf.json", then "kb" (when set), "isFloat" = "true" and
+  /// "context" (when a context is set) after the base's items.
+  std::optional<URLComponents> cnfComponent() const;
+  /// Fetches the configuration. The argument is not used: the stored callback
+  /// gets the result. On success the configuration is kept, the FAQ groups of
+  /// the label, the context list or the context group are read (blocking, on
+  /// the transport's thread), the stored callback is called, and the engine is
+  /// marked prepared.
+  void fetchCNF(QXConfigurationCompletion callback);
+  /// Does nothing.
+  void preFetchAndCahceFAQs();
+
+  /// Fetches the FAQ list ("account", "context" in base64 when set, "kb" when
+  /// set); the completion gets the connection layer's response (its `typeJson()`
+  /// is the list of group dictionaries).
+  void fetchFAQList(QXResponseCompletion completion);
+  /// Blocking: the FAQ list as parsed ("account", "isFloat", "context" for a
+  /// non-empty context, "kb"), or nothing after an error (logged). Never call
+  /// it on the main thread.
+  std::optional<Json> faqList();
+  /// Blocking: a one-element array holding the context's FAQ group as parsed,
+  /// or nothing after an error (logged) or when nothing parses.
+  std::optional<JsonArray> faqGroup();
+  /// Blocking: the user's labels as parsed ("kb" = the configuration's `kbId`,
+  /// "apiKey"), or nothing after an error (logged).
+  std::optional<Json> labels();
+  /// Blocking: the FAQ group of the account's label, or nothing.
+  std::shared_ptr<QXFAQGroup> label();
+  /// Fetches the FAQ group of a label. "labelId" is sent only when the account
+  /// parameters name a label (the value comes from `forLabel`). The completion
+  /// gets the group's answers, or nothing after an error; a reply that parses to
+  /// nothing never completes.
+  void faqForLabel(std::shared_ptr<QXLabel> forLabel, QXLabelFAQCompletion completion);
+  /// The answer of that identifier: from the answer store when it is there (the
+  /// completion then runs at once, on the calling thread, and nothing is sent),
+  /// otherwise from the service. `hash` is not used.
+  void fetchFAQAnswer(std::string identifier, std::optional<std::string> hash, QXFAQAnswerCompletion completion);
+  /// Reports a like or dislike (`action`, the service's code) for a result,
+  /// with the result's `dislikeText` as the reason when it has one; inside the
+  /// session when one is open. The completion always runs on the main executor;
+  /// success means the service answered HTTP 200.
+  void like(int32_t action, std::shared_ptr<QXQueryResult> forResult, QXLikeCompletion completion);
+  /// The host's memory of votes, made on first read.
+  std::shared_ptr<QXLikeStateHandler> likeState();
+
+  // --- conversation (src/conversation/QuorvixConversation.cpp) --------------
+  // Every completion runs on the thread the transport delivers on; an
+  // exchange whose answer carries neither a result nor an error never
+  // completes (the host must allow for that).
+
+  /// Opens a conversation ("kb", "textOnly" = "false", then "apiKey" when the
+  /// account has one) and keeps its id in `conversationId`.
+  void createConversationWithCompletion(QXCreateConversationCompletion completion);
+  /// Fetches the widget configuration (and the FAQ groups or label it names)
+  /// and then opens a conversation declaring the entities the host can
+  /// supply; clears `conversationId` and marks the engine prepared as soon as
+  /// the request is sent. The completion gets the answer as sent (its "id"
+  /// names the conversation, which is not kept).
+  void createConversationWithEntities(std::vector<std::string> entities, bool textOnly,
+                                      QXCreateConversationWithEntitiesCompletion completion);
+  /// Sends a statement (its "text" tokens restored) or, with `type` true, a
+  /// postback as it is. The held `conversationId` wins over the argument,
+  /// which is adopted only while none is held. A reply that asks for missing
+  /// entities goes to the chat delegate; the completion then gets the answer
+  /// to the entities' resend.
+  void conversationStatement(std::string statement, bool type, std::optional<std::string> conversationId,
+                             QXConversationCompletion completion);
+  /// Asks the bot for an article.
+  void conversationArticle(std::string articleId, std::optional<std::string> conversationId,
+                           QXConversationCompletion completion);
+  /// Answers the bot's question for missing entities (`entities` is the JSON
+  /// text of a `QXConversationMissingEntity`) by resending the statement.
+  void sendMissingEntities(std::optional<std::string> entities, bool isPostback,
+                           std::optional<std::string> conversationId, std::string statement,
+                           QXConversationCompletion completion);
+  /// Delivers a reply that still lacks entities as it is; otherwise resolves
+  /// its personal-information placeholders first.
+  void callClientSelector(std::shared_ptr<QXConversationalResponse> response, QXConversationCompletion completion);
+  /// Resolves the reply's "{{...}}" placeholders one at a time through the
+  /// chat delegate, then calls the completion once. Without a delegate that
+  /// handles personal information the completion is never called.
+  void extractPrivateInfo(std::shared_ptr<QXConversationalResponse> response, QXConversationCompletion completion);
+  /// Fetches the feedback reply of the open conversation; nothing at once
+  /// when no conversation is open.
+  void sendConversationFeedbackWithCompletion(QXConversationFeedbackCompletion completion);
+  /// The engine's one tokenizer: tokens stay valid for the engine's life.
+  std::shared_ptr<QXTokenizer> tokenizer();
+
  private:
   void sendInSession(URLComponents components, QXResponseCompletion completion);
   void probeAndResend(URLComponents components, QXResponseCompletion completion, QXResponse rejected);
@@ -129,6 +272,21 @@ class Quorvix : public std::enable_shared_from_this<Quorvix> {
   std::function<void()> faqCompletion_;
   std::optional<std::string> knowledgeBase_;
   std::optional<std::string> conversationId_;
+  // Configuration and FAQ.
+  std::shared_ptr<QXConfiguration> configuration_;
+  QXConfigurationCompletion fetchConfiguration_;
+  std::shared_ptr<QXLikeStateHandler> likeState_;
+  // Counts preparations: a configuration fetched for an earlier account is dropped.
+  uint64_t preparation_ = 0;
+  std::shared_ptr<QXTokenizer> tokenizer_;  // made on first read
+  // The create request of `createConversationWithEntities`, once the configuration is in.
+  void openConversationWithEntities(const std::shared_ptr<AccountParams>& params,
+                                    const std::vector<std::string>& entities, bool textOnly,
+                                    const QXCreateConversationWithEntitiesCompletion& completion);
+
+  // Search and suggestion caches: absent until first read through their accessors.
+  std::optional<SearchCache> cachedSearches_;
+  std::optional<SuggestionCache> cachedSuggestions_;
 
   // Continuations waiting for the "hello.js" in flight (none in flight when empty
   // and `sessionStarting_` is false).

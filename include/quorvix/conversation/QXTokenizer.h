@@ -1,0 +1,76 @@
+#pragma once
+/// @file
+/// Masking of long numbers in bot replies and their restoring in statements.
+
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+namespace quorvix {
+
+/// Masks account, card or policy numbers in the bot's replies: each distinct
+/// run of six or more digits becomes a token (a six-digit number minted here)
+/// and the tokenizer remembers what each token stands for; a token the user
+/// writes back in a statement (runs of four or more digits) is restored to its
+/// value before the statement is sent. The map only grows.
+///
+/// Both directions act on the "text" field of a JSON object only; anything
+/// else passes through unchanged. The last character of a text is left out of
+/// the search, so a run that ends the text is matched without its last digit.
+/// Matching is linear in the length of the text (no backtracking).
+///
+/// Safe to use from several threads.
+class QXTokenizer {
+ public:
+  /// Starts the token counter at a random number in 200000...299999.
+  QXTokenizer();
+  QXTokenizer(const QXTokenizer&) = delete;
+  QXTokenizer& operator=(const QXTokenizer&) = delete;
+
+  /// The current token number.
+  int64_t token() const;
+  void setToken(int64_t token);
+  /// Token text -> the value it stands for; unset until the first token is minted.
+  std::optional<std::map<std::string, std::string>> tokens() const;
+  void setTokens(std::optional<std::map<std::string, std::string>> tokens);
+
+  /// Masks the "text" of a JSON object's text (runs of 6+ digits become
+  /// tokens) and gives the object back as JSON text; anything else, or an
+  /// empty object, comes back unchanged.
+  std::string decode(std::string_view json);
+  /// Restores tokens in the "text" of a JSON object's text (runs of 4+
+  /// digits that are tokens become their values); anything else comes back unchanged.
+  std::string encode(std::string_view json);
+  /// Replaces each match of the case-insensitive pattern, searched in all but
+  /// the last character, by `replaceValue` (decode) or `extractValue`
+  /// (restore) of it. A text matched more than once takes its first
+  /// replacement everywhere. Logs "tokened %@" when anything matched; a
+  /// pattern that does not compile matches nothing.
+  std::optional<std::string> updateStatement(std::optional<std::string_view> statement, std::string_view regex,
+                                             bool decode);
+  /// Mints or reuses a token for the value and gives the token's text. The
+  /// first value takes the current number; a value not seen before takes the
+  /// next number; a value seen before is bound again to the current number
+  /// (which the value bound to it before loses).
+  std::string replaceValue(const std::string& value);
+  /// The value the token text stands for, or the text itself.
+  std::string extractValue(const std::string& key) const;
+
+ private:
+  std::string replaceValueLocked(const std::string& value);
+  std::string extractValueLocked(const std::string& key) const;
+  std::optional<std::string> updateLocked(std::string_view statement, std::string_view regex, bool decode);
+  std::string rewriteText(std::string_view json, std::string_view regex, bool decode);
+
+  mutable std::mutex mutex_;
+  int64_t token_;
+  std::optional<std::map<std::string, std::string>> tokens_;
+  // How many tokens each value is bound to, so "seen before" is one look-up.
+  std::unordered_map<std::string, std::size_t> boundValues_;
+};
+
+}  // namespace quorvix

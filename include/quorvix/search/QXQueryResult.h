@@ -1,0 +1,79 @@
+#pragma once
+/// @file
+/// An article result: the common base of search hits and FAQ answers.
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "quorvix/channeling/QXChanneling.h"
+#include "quorvix/engine/QXBaseResponse.h"
+
+namespace quorvix {
+
+/// An article body split from the extra data it carries.
+class QXQueryResultBody : public QXObject {
+ public:
+  /// Splits `body` (absent gives an absent article body).
+  static std::shared_ptr<QXQueryResultBody> initWithBody(const std::optional<std::string>& body);
+
+  /// The body without the extra-data mark-up.
+  const std::optional<std::string>& articleBody() const { return articleBody_; }
+  void setArticleBody(std::optional<std::string> body) { articleBody_ = std::move(body); }
+  /// The extra data the body carried, if any (normally a dictionary).
+  const std::optional<Json>& extraData() const { return extraData_; }
+  void setExtraData(std::optional<Json> data) { extraData_ = std::move(data); }
+
+ private:
+  std::optional<std::string> articleBody_;
+  std::optional<Json> extraData_;
+};
+
+/// One article result. The host writes `likeState` and `dislikeText`; the
+/// engine reads them when it sends feedback or asks for channels.
+class QXQueryResult : public QXBaseResponse {
+ public:
+  static std::shared_ptr<QXQueryResult> initWithParams(const JsonObject* params) { return create<QXQueryResult>(params); }
+  void inflate(const JsonObject& params) override;
+
+  const std::optional<std::string>& resultId() const { return resultId_; }
+  void setResultId(std::optional<std::string> id) { resultId_ = std::move(id); }
+  const std::optional<std::string>& title() const { return title_; }
+  void setTitle(std::optional<std::string> title) { title_ = std::move(title); }
+  const std::shared_ptr<QXQueryResultBody>& body() const { return body_; }
+  void setBody(std::shared_ptr<QXQueryResultBody> body) { body_ = std::move(body); }
+  /// Replaces `body` with the split of `text`.
+  void updteBody(const std::optional<std::string>& text) { body_ = QXQueryResultBody::initWithBody(text); }
+  const std::optional<std::string>& likes() const { return likes_; }
+  const std::optional<std::string>& keywordsetId() const { return keywordsetId_; }
+  /// The service's hash of title and body ("titleAndBodyHash").
+  const std::optional<std::string>& hash() const { return hash_; }
+  /// The article's escalation channels ("rechanneling"); empty when it has none.
+  const std::vector<std::shared_ptr<QXChanneling>>& channeling() const { return channeling_; }
+  void setChanneling(std::vector<std::shared_ptr<QXChanneling>> channels) { channeling_ = std::move(channels); }
+  /// Replaces `channeling` with the channels of a list of descriptions.
+  void setChannels(const Json* list) { channeling_ = QXChanneling::listWithParams(list); }
+  bool isContextSelectionOnly() const { return isContextSelectionOnly_; }
+  /// 0 none, 1 liked, 2 disliked: written by the host.
+  int32_t likeState() const { return likeState_; }
+  void setLikeState(int32_t state) { likeState_ = state; }
+  /// The user's reason for a dislike: written by the host.
+  const std::optional<std::string>& dislikeText() const { return dislikeText_; }
+  void setDislikeText(std::optional<std::string> text) { dislikeText_ = std::move(text); }
+
+ private:
+  std::optional<std::string> resultId_;
+  std::optional<std::string> title_;
+  std::shared_ptr<QXQueryResultBody> body_;
+  std::optional<std::string> likes_;
+  std::optional<std::string> keywordsetId_;
+  std::optional<std::string> hash_;
+  std::vector<std::shared_ptr<QXChanneling>> channeling_;
+  bool isContextSelectionOnly_ = false;
+  int32_t likeState_ = 0;
+  std::optional<std::string> dislikeText_;
+};
+
+}  // namespace quorvix

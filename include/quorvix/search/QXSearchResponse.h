@@ -1,0 +1,54 @@
+#pragma once
+/// @file
+/// The reply to one search.
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "quorvix/channeling/QXChanneling.h"
+#include "quorvix/search/SearchAnswer.h"
+#include "quorvix/search/SearchContext.h"
+
+namespace quorvix {
+
+/// A search reply: the hits, the context the service applied, the request
+/// identifier and languages, and the reply's channels (built on first read).
+/// Answers the context questions of its hits from its `context`.
+class QXSearchResponse : public QXBaseResponse, public ContextValueHandler {
+ public:
+  static std::shared_ptr<QXSearchResponse> initWithParams(const JsonObject* params) {
+    return create<QXSearchResponse>(params);
+  }
+  void inflate(const JsonObject& params) override;
+
+  const std::vector<std::shared_ptr<SearchAnswer>>& answerList() const { return answerList_; }
+  /// Builds the hits from a list of answer dictionaries.
+  void setAnswers(const Json* answers);
+  const std::shared_ptr<SearchContext>& context() const { return context_; }
+  const std::optional<Json>& requestId() const { return requestId_; }
+  const std::optional<std::string>& kbLanguageCode() const { return kbLanguageCode_; }
+  const std::optional<std::string>& detectedLanguage() const { return detectedLanguage_; }
+  /// The whole reply.
+  const JsonObject& params() const { return params_; }
+  void setParams(JsonObject params) { params_ = std::move(params); }
+  /// The reply's "rechanneling" as channels; absent when the reply had none.
+  std::optional<std::vector<std::shared_ptr<QXChanneling>>> channels() const;
+
+  std::shared_ptr<SearchContextValue> contextForId(const Json& identifier) const override;
+  std::optional<std::string> multipleContext() const override;
+
+ private:
+  std::vector<std::shared_ptr<SearchAnswer>> answerList_;
+  std::shared_ptr<SearchContext> context_;
+  std::optional<Json> requestId_;
+  std::optional<std::string> kbLanguageCode_;
+  std::optional<std::string> detectedLanguage_;
+  JsonObject params_;
+  mutable std::mutex channelsMutex_;
+  mutable std::optional<std::vector<std::shared_ptr<QXChanneling>>> channels_;
+};
+
+}  // namespace quorvix

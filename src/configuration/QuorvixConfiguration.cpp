@@ -1,0 +1,116 @@
+// The facade's widget configuration: asking for it, fetching it, and applying
+// the FAQ groups or label it calls for before the engine counts as prepared.
+#include "quorvix/configuration/QXConfiguration.h"
+#include "quorvix/engine/Helpers.h"
+#include "quorvix/engine/Quorvix.h"
+#include "quorvix/faq/QXFAQGroup.h"
+
+namespace quorvix {
+
+std::shared_ptr<QXConfiguration> Quorvix::configuration() {
+  std::lock_guard lock(mutex_);
+  if (!configuration_) configuration_ = std::make_shared<QXConfiguration>();
+  return configuration_;
+}
+
+void Quorvix::setConfiguration(std::shared_ptr<QXConfiguration> configuration) {
+  std::lock_guard lock(mutex_);
+  configuration_ = std::move(configuration);
+}
+
+QXConfigurationCompletion Quorvix::fetchConfiguration() const {
+  std::lock_guard lock(mutex_);
+  return fetchConfiguration_;
+}
+
+void Quorvix::setFetchConfiguration(QXConfigurationCompletion callback) {
+  std::shared_ptr<QXConfiguration> held;
+  bool fetch = false;
+  {
+    std::lock_guard lock(mutex_);
+    if (configuration_) {
+      held = configuration_;
+    } else if (callback && !fetchConfiguration_) {
+      // The fetch under way (started by the preparation) will call it.
+      fetchConfiguration_ = std::move(callback);
+      return;
+    } else {
+      // A callback arriving while another is stored is dropped uncalled.
+      fetch = accountParams_ != nullptr;
+    }
+  }
+  if (held) {
+    if (callback) callback(held, std::nullopt);
+    return;
+  }
+  if (fetch) fetchCNF(nullptr);
+}
+
+std::optional<URLComponents> Quorvix::cnfComponent() const {
+  const std::shared_ptr<AccountParams> params = accountParams();
+  if (!params) return std::nullopt;
+  std::optional<URLComponents> components = params->baseUrlComp();
+  if (!components) return std::nullopt;
+  components->appendPath("/widget/scripts/cnf.json");
+  if (params->knowledgeBase()) components->appendQueryItem("kb", *params->knowledgeBase());
+  components->appendQueryItem("isFloat", "true");
+  if (auto context = params->quorvixContext()) components->appendQueryItem("context", wrapped(*context));
+  return components;
+}
+
+void Quorvix::fetchCNF(QXConfigurationCompletion) {
+  const std::optional<URLComponents> components = cnfComponent();
+  if (!components) return;
+  uint64_t preparation = 0;
+  {
+    std::lock_guard lock(mutex_);
+    preparation = preparation_;
+  }
+  std::weak_ptr<Quorvix> weakSelf = weak_from_this();
+  QXConnection::openConnection(connectionHandler(), *components, [weakSelf, preparation](QXResponse response) {
+    auto self = weakSelf.lock();
+    if (!self) return;
+    // The stored callback, unless the engine was prepared again meanwhile: a
+    // configuration asked for an earlier account is of no use any more.
+    auto current = [&self, preparation](QXConfigurationCompletion& callback) {
+      std::lock_guard lock(self->mutex_);
+      if (preparation != self->preparation_) return false;
+      callback = self->fetchConfiguration_;
+      return true;
+    };
+    QXConfigurationCompletion callback;
+    if (response.error()) {
+      if (current(callback) && callback) callback(nullptr, response.error());
+      return;
+    }
+    auto configuration = response.typeAs<QXConfiguration>();
+    if (!configuration) return;
+    std::shared_ptr<AccountParams> params;
+    {
+      std::lock_guard lock(self->mutex_);
+      if (preparation != self->preparation_) return;
+      self->configuration_ = configuration;
+      params = self->accountParams_;
+    }
+
+    // These reads block this (transport completion) thread.
+    if (params && params->labelId()) {
+      if (auto group = self->label()) configuration->setFaqs(std::vector<std::shared_ptr<QXFAQGroup>>{group});
+    } else if (!configuration->useLabels() && configuration->isContextDependent()) {
+      const std::optional<Json> list = self->faqList();
+      configuration->setFAQs(list ? &*list : nullptr);
+    } else if (params && params->quorvixContext() && !params->apiKey()) {
+      const std::optional<JsonArray> groups = self->faqGroup();
+      const std::optional<Json> value = groups ? std::optional<Json>(*groups) : std::nullopt;
+      configuration->setFAQs(value ? &*value : nullptr);
+    }
+
+    if (!current(callback)) return;
+    if (callback) callback(configuration, std::nullopt);
+    self->setIsPrepared(true);
+  });
+}
+
+void Quorvix::preFetchAndCahceFAQs() {}
+
+}  // namespace quorvix

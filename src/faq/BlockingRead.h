@@ -1,0 +1,18 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include "quorvix/engine/Json.h"
+#include "quorvix/engine/QXConnectionHandler.h"
+#include "quorvix/engine/URLComponents.h"
+
+namespace quorvix::detail {
+
+/// Reads the components' URL synchronously through the handler and parses the
+/// body. A transport error, a body that is not JSON and a reply whose "status"
+/// says the service refused are logged as "com.quorvix Error:%@" and give
+/// nothing; an empty body gives nothing.
+std::optional<Json> readBlocking(const std::shared_ptr<QXConnectionHandler>& handler, const URLComponents& components);
+
+}  // namespace quorvix::detail

@@ -1,0 +1,30 @@
+#include "quorvix/search/SearchAnswer.h"
+
+#include "configuration/JsonReading.h"
+
+namespace quorvix {
+
+void SearchAnswer::inflate(const JsonObject& params) {
+  QXQueryResult::inflate(params);
+  // Search hits carry their identifier under "id" and a summary instead of the body.
+  setResultId(detail::textAt(params, "id"));
+  updteBody(detail::textAt(params, "summary"));
+  if (const auto* selection = params.if_contains("contextSelection")) contextSelection_ = *selection;
+}
+
+std::string SearchAnswer::contextValue() const {
+  std::lock_guard lock(contextValueMutex_);
+  if (!contextValue_.empty()) return contextValue_;
+  std::string names;
+  if (contextSelection_ && contextSelection_->is_array()) {
+    for (const auto& identifier : contextSelection_->get_array()) {
+      auto value = contextValueHandler_ ? contextValueHandler_->contextForId(identifier) : nullptr;
+      names.append(value && value->name() ? *value->name() : "(null)").append(",");
+    }
+  }
+  if (!names.empty()) names.pop_back();
+  contextValue_ = names;
+  return contextValue_;
+}
+
+}  // namespace quorvix

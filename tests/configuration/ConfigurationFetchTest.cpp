@@ -1,0 +1,174 @@
+#include <gtest/gtest.h>
+
+#include "quorvix/configuration/QXConfiguration.h"
+#include "quorvix/engine/Quorvix.h"
+#include "quorvix/faq/QXFAQGroup.h"
+#include "support/PlatformFixture.h"
+#include "support/RecordingConnectionHandler.h"
+
+namespace quorvix {
+namespace {
+
+using testing::queryNames;
+using testing::Reply;
+using Names = std::vector<std::string>;
+
+constexpr const char* kCnf = "/widget/scripts/cnf.json";
+constexpr const char* kList = "/api/faq/v1/list.json";
+constexpr const char* kGroup = "/api/kb/v1/faq";
+
+constexpr const char* kGroupReply =
+    R"({"title":"Billing","behavior":1,"data":[{"data":[{"objectId":"7","label":"Refunds"}]}]})";
+
+class ConfigurationFetchTest : public testing::PlatformFixture {
+ protected:
+  void SetUp() override {
+    PlatformFixture::SetUp();
+    engine->setConnectionHandler(handler);
+    params->setAccount("acme");
+    params->setKnowledgeBase("support");
+  }
+
+  std::vector<URLComponents> sent(const std::string& path) {
+    std::vector<URLComponents> out;
+    for (std::size_t i = 0; i < handler->requests().size(); ++i) {
+      if (handler->components(i).path() == path) out.push_back(handler->components(i));
+    }
+    return out;
+  }
+
+  std::shared_ptr<Quorvix> engine = Quorvix::create();
+  std::shared_ptr<testing::RecordingConnectionHandler> handler = std::make_shared<testing::RecordingConnectionHandler>();
+  std::shared_ptr<AccountParams> params = std::make_shared<AccountParams>();
+};
+
+TEST_F(ConfigurationFetchTest, PrepareFetchesTheConfigurationAndMarksTheEnginePrepared) {
+  params->setQuorvixContext(JsonObject{{"product", "Router X1"}});
+  params->setApiKey("key");  // with an API key the groups of the file stay
+  engine->prepareWithAccountParams(params);
+  ASSERT_EQ(sent(kCnf).size(), 1u);
+  const auto cnf = sent(kCnf)[0];
+  EXPECT_EQ(queryNames(cnf), (Names{"Referer", "kb", "isFloat", "context"}));
+  EXPECT_EQ(cnf.queryValue("kb"), "support");
+  EXPECT_EQ(cnf.queryValue("isFloat"), "true");
+  EXPECT_EQ(cnf.queryValue("context"), "product:Router X1");
+  EXPECT_FALSE(engine->isPrepared());
+
+  std::shared_ptr<QXConfiguration> received;
+  engine->setFetchConfiguration([&](auto configuration, auto error) {
+    EXPECT_FALSE(error);
+    received = configuration;
+  });
+  EXPECT_EQ(sent(kCnf).size(), 1u) << "a stored callback waits for the fetch under way";
+
+  ASSERT_TRUE(handler->answer(kCnf, Reply::json(R"({"kbId":"4711","faqData":[{"title":"Start","data":[]}]})")));
+  ASSERT_TRUE(received);
+  EXPECT_TRUE(engine->isPrepared());
+  EXPECT_EQ(received->kbId(), "4711");
+  EXPECT_EQ(received->faqs()->size(), 1u);
+  EXPECT_EQ(handler->requests().size(), 1u) << "no FAQ read was needed";
+
+  // Once the configuration is held it is handed over at once, synchronously.
+  std::shared_ptr<QXConfiguration> again;
+  engine->setFetchConfiguration([&](auto configuration, auto) { again = configuration; });
+  EXPECT_EQ(again, received);
+  EXPECT_EQ(handler->requests().size(), 1u);
+}
+
+TEST_F(ConfigurationFetchTest, SecondCallbackBeforeTheFetchEndsIsDroppedAndStartsAnotherFetch) {
+  engine->prepareWithAccountParams(params);
+  int first = 0, second = 0;
+  engine->setFetchConfiguration([&](auto, auto) { ++first; });
+  engine->setFetchConfiguration([&](auto, auto) { ++second; });
+  EXPECT_EQ(sent(kCnf).size(), 2u);
+  ASSERT_TRUE(handler->answer(kCnf, Reply::json("{}")));
+  ASSERT_TRUE(handler->answer(kCnf, Reply::json("{}")));
+  EXPECT_GE(first, 1);
+  EXPECT_EQ(second, 0);
+}
+
+TEST_F(ConfigurationFetchTest, FailedFetchReportsTheErrorAndLeavesTheEngineUnprepared) {
+  engine->prepareWithAccountParams(params);
+  std::optional<QXError> error;
+  bool called = false;
+  engine->setFetchConfiguration([&](auto configuration, auto e) {
+    called = true;
+    EXPECT_FALSE(configuration);
+    error = e;
+  });
+  ASSERT_TRUE(handler->answer(kCnf, Reply::json(R"({"status":404,"message":"Unknown"})", 404)));
+  ASSERT_TRUE(called);
+  ASSERT_TRUE(error);
+  EXPECT_EQ(error->domain, "com.quorvix");
+  EXPECT_FALSE(engine->isPrepared());
+}
+
+TEST_F(ConfigurationFetchTest, AnswerForAnEarlierPreparationIsDropped) {
+  engine->prepareWithAccountParams(params);
+  auto other = std::make_shared<AccountParams>();
+  other->setAccount("globex");
+  engine->prepareWithAccountParams(other);
+  ASSERT_TRUE(handler->answer(kCnf, Reply::json(R"({"kbId":"old"})")));
+  EXPECT_FALSE(engine->isPrepared());
+  ASSERT_TRUE(handler->answer(kCnf, Reply::json(R"({"kbId":"new"})")));
+  EXPECT_TRUE(engine->isPrepared());
+  EXPECT_EQ(engine->configuration()->kbId(), "new");
+}
+
+TEST_F(ConfigurationFetchTest, LabelIdReplacesTheGroupsOfTheFile) {
+  params->setLabelId("27");
+  params->setAllContextsMandatory(true);
+  handler->autoReply(kGroup, {Reply::json(kGroupReply)});
+  handler->autoReply(kCnf, {Reply::json(R"({"faqData":[{"title":"A"},{"title":"B"}]})")});
+  engine->prepareWithAccountParams(params);
+
+  ASSERT_TRUE(engine->isPrepared());
+  ASSERT_EQ(sent(kGroup).size(), 1u);
+  const auto group = sent(kGroup)[0];
+  EXPECT_EQ(queryNames(group), (Names{"account", "labelId", "kb", "allContextsMandatory", "items"}));
+  EXPECT_EQ(group.queryValue("labelId"), "1B");
+  EXPECT_EQ(group.queryValue("allContextsMandatory"), "true");
+  EXPECT_EQ(group.queryValue("items"), "1000");
+  const auto faqs = engine->configuration()->faqs();
+  ASSERT_EQ(faqs->size(), 1u);
+  EXPECT_EQ(faqs->at(0)->title(), "Billing");
+  EXPECT_EQ(faqs->at(0)->data().size(), 1u);
+}
+
+TEST_F(ConfigurationFetchTest, ContextDependentListIsReadAndItsFailureLeavesNoGroups) {
+  params->setQuorvixContext(JsonObject{{"product", "M2"}});
+  handler->autoReply(kCnf, {Reply::json(R"({"faqData":"context-dependent"})")});
+  handler->autoReply(kList, {Reply::json(std::string("[") + kGroupReply + "," + kGroupReply + "]")});
+  engine->prepareWithAccountParams(params);
+  ASSERT_EQ(sent(kList).size(), 1u);
+  EXPECT_EQ(queryNames(sent(kList)[0]), (Names{"account", "isFloat", "context", "kb"}));
+  EXPECT_EQ(sent(kList)[0].queryValue("context"), "cHJvZHVjdDpNMg==");
+  EXPECT_EQ(engine->configuration()->faqs()->size(), 2u);
+
+  handler->autoReply(kList, {Reply::failure(-1009)});
+  engine->prepareWithAccountParams(params);
+  EXPECT_TRUE(engine->isPrepared());
+  ASSERT_TRUE(engine->configuration()->faqs());
+  EXPECT_TRUE(engine->configuration()->faqs()->empty());
+  EXPECT_EQ(log->countStartingWith("com.quorvix Error:"), 1u);
+}
+
+TEST_F(ConfigurationFetchTest, ContextGroupIsReadWithoutApiKeyAndSkipsMissingValues) {
+  params->setKnowledgeBase(std::nullopt);
+  params->setQuorvixContext(JsonObject{{"product", "M2"}});
+  handler->autoReply(kCnf, {Reply::json(R"({"faqData":[{"title":"From file"}]})")});
+  handler->autoReply(kGroup, {Reply::json(kGroupReply), Reply::json(R"({"status":500,"message":"down"})")});
+  engine->prepareWithAccountParams(params);
+  ASSERT_EQ(sent(kGroup).size(), 1u);
+  EXPECT_EQ(queryNames(sent(kGroup)[0]), (Names{"account", "allContextsMandatory", "items", "context"}));
+  ASSERT_EQ(engine->configuration()->faqs()->size(), 1u);
+  EXPECT_EQ(engine->configuration()->faqs()->at(0)->title(), "Billing");
+
+  // A refusal in the body is no group: the list is empty and the failure logged.
+  engine->prepareWithAccountParams(params);
+  EXPECT_TRUE(engine->configuration()->faqs()->empty());
+  EXPECT_EQ(log->countStartingWith("com.quorvix Error:"), 1u);
+}
+
+}  // namespace
+}  // namespace quorvix

@@ -1,0 +1,132 @@
+// The prepare road and the FAQ reads through the real transport against the sandbox on loopback.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <filesystem>
+#include <mutex>
+
+#include "quorvix/configuration/QXConfiguration.h"
+#include "quorvix/engine/Quorvix.h"
+#include "quorvix/faq/FAQAnswer.h"
+#include "quorvix/faq/QXFAQGroup.h"
+#include "quorvix/faq/QXLabel.h"
+#include "quorvix/sandbox/SandboxService.h"
+#include "quorvix/search/QXQueryResult.h"
+#include "support/Eventually.h"
+#include "support/PlatformFixture.h"
+
+namespace quorvix {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::eventually;
+
+class ConfigurationIntegrationTest : public testing::PlatformFixture {
+ protected:
+  void SetUp() override {
+    PlatformFixture::SetUp();
+    root = fs::temp_directory_path() / ("quorvix-config-it-" + std::to_string(::getpid()));
+    platform::setStorageRoot(root.string());
+    ASSERT_NE(service.start(), 0);
+    auto hosts = QXServiceHosts::fromServiceBase(service.baseURL());
+    ASSERT_FALSE(platform::setServiceHosts(std::get<QXServiceHosts>(hosts)).has_value());
+    params->setAccount(sandbox::SandboxService::kDemoAccount);
+    params->setKnowledgeBase(sandbox::SandboxService::kDemoKnowledgeBase);
+    params->setApiKey("demo-key-7f3a");
+  }
+  void TearDown() override {
+    engine->stop();
+    service.stop();
+    fs::remove_all(root);
+    PlatformFixture::TearDown();
+  }
+
+  std::shared_ptr<QXConfiguration> prepare() {
+    std::mutex mutex;
+    std::shared_ptr<QXConfiguration> received;
+    engine->prepareWithAccountParams(params);
+    engine->setFetchConfiguration([&](auto configuration, auto error) {
+      EXPECT_FALSE(error);
+      std::lock_guard lock(mutex);
+      received = configuration;
+    });
+    EXPECT_TRUE(eventually([&] { return engine->isPrepared(); }));
+    std::lock_guard lock(mutex);
+    return received;
+  }
+
+  fs::path root;
+  sandbox::SandboxService service;
+  std::shared_ptr<AccountParams> params = std::make_shared<AccountParams>();
+  std::shared_ptr<Quorvix> engine = Quorvix::create();
+};
+
+TEST_F(ConfigurationIntegrationTest, PrepareRoadEndsWithTheEnginePrepared) {
+  auto configuration = prepare();
+  ASSERT_TRUE(configuration);
+  EXPECT_EQ(configuration->kbId(), "4711");
+  EXPECT_EQ(configuration->navBar()->title(), "Acme Support");
+  EXPECT_EQ(configuration->statusBarColor(), (QXColor{1.0, 128.0 / 255.0, 0.0, 1.0}));
+  ASSERT_TRUE(configuration->labels());
+  EXPECT_EQ(configuration->labels()->size(), 3u);
+  ASSERT_EQ(configuration->faqs()->size(), 1u);
+  EXPECT_EQ(configuration->faqs()->at(0)->title(), "Getting started");
+  EXPECT_EQ(configuration->faqs()->at(0)->data().size(), 5u);
+
+  const auto cnf = service.requestsFor("/widget/scripts/cnf.json").at(0);
+  EXPECT_EQ(cnf.target.substr(cnf.target.find("&kb=")), "&kb=support&isFloat=true");
+
+  // Labels, after the configuration, name its knowledge-base id.
+  auto labels = engine->labels();
+  ASSERT_TRUE(labels && labels->is_array());
+  EXPECT_EQ(labels->get_array().size(), 3u);
+
+  // An answer from the service, its extra data split from the body.
+  std::atomic<bool> done{false};
+  std::shared_ptr<FAQAnswer> answer;
+  engine->fetchFAQAnswer("1003", std::nullopt, [&](auto got, auto error) {
+    EXPECT_FALSE(error);
+    answer = got;
+    done = true;
+  });
+  ASSERT_TRUE(eventually([&] { return done.load(); }));
+  ASSERT_TRUE(answer);
+  EXPECT_EQ(answer->resultId(), "1003");
+  ASSERT_TRUE(answer->body());
+  EXPECT_EQ(answer->body()->extraData()->as_object().at("durationSeconds"), 95);
+
+  // A vote the service accepts, and one for an article it does not know.
+  std::vector<bool> votes;
+  auto result = std::make_shared<QXQueryResult>();
+  result->setResultId("1003");
+  engine->like(1, result, [&](auto, auto, bool success) { votes.push_back(success); });
+  auto unknown = std::make_shared<QXQueryResult>();
+  unknown->setResultId("no-such-article");
+  engine->like(1, unknown, [&](auto, auto, bool success) { votes.push_back(success); });
+  ASSERT_TRUE(eventually([&] {
+    mainQueue->drain();
+    return votes.size() == 2;
+  }));
+  EXPECT_EQ(votes, (std::vector<bool>{true, false}));
+}
+
+TEST_F(ConfigurationIntegrationTest, LabelAndContextDecideTheGroups) {
+  params->setLabelId("27");
+  auto configuration = prepare();
+  ASSERT_TRUE(configuration);
+  ASSERT_EQ(configuration->faqs()->size(), 1u);
+  EXPECT_EQ(configuration->faqs()->at(0)->title(), "Security");
+  EXPECT_EQ(configuration->faqs()->at(0)->data().size(), 4u);
+
+  // Under a context the list is read for it.
+  params->setLabelId(std::nullopt);
+  params->setQuorvixContext(JsonObject{{"product", "Mesh Node M2"}});
+  configuration = prepare();
+  ASSERT_TRUE(configuration);
+  EXPECT_TRUE(configuration->isContextDependent());
+  ASSERT_EQ(configuration->faqs()->size(), 1u);
+  EXPECT_EQ(configuration->faqs()->at(0)->title(), "Mesh Node M2 essentials");
+}
+
+}  // namespace
+}  // namespace quorvix
