@@ -6,5 +6,5 @@ cd "$(dirname "$0")/.."
 scripts/install-deps.sh
 cmake --preset release >/dev/null
 cmake --build --preset release -j "$(nproc 2>/dev/null || echo 2)" --target quorvix >/dev/null
-if [ $# -eq 0 ]; then set -- session; fi
+if [ $# -eq 0 ]; then set -- demo; fi
 exec build/release/cli/quorvix "$@"

@@ -16,6 +16,8 @@ class Runtime;
 /// Parses one command's words (as a shell line gives them) and runs it on the
 /// runtime's engine; `where` prefixes usage messages ("line 3: ").
 ExitCode runShellCommand(Runtime& runtime, const std::vector<std::string>& words, const std::string& where);
+/// The same for the commands offered on the command line (`shell` false) or inside the shell.
+ExitCode runCommandWords(Runtime& runtime, const std::vector<std::string>& words, const std::string& where, bool shell);
 
 /// `config`, `faq-list`, `label-faq`, `labels`, `answer` and `like`.
 void registerFaqCommands(CommandRegistry& registry);

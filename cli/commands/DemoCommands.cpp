@@ -1,6 +1,7 @@
 // The demo: a guided tour of the engine against the embedded sandbox, one
 // titled step per capability, each running the tool's own command.
 
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -13,15 +14,34 @@
 namespace quorvix::cli {
 namespace {
 
-/// One stop of the tour: what it shows and the command line that shows it.
+/// One stop of the tour: what it shows, the command line that shows it, and
+/// for a conversation the lines typed into it.
 struct DemoStep {
   const char* title;
   const char* line;
+  const char* typed = nullptr;
 };
 
-// The sandbox's demo account knows every article, context and channel named here.
+// The sandbox's demo account knows every article, label, context and channel named here.
 constexpr DemoStep kTour[] = {
     {"Open a session with the service (the engine keeps it alive on its own)", "session"},
+    {"The account's widget configuration: texts, colours, flags, FAQ groups", "config"},
+    {"The FAQ list", "faq-list"},
+    {"The user's labels (read once the configuration has arrived)", "labels"},
+    {"The FAQ group of the label \"Billing\"", "label-faq 10"},
+    {"Free-text search: ranked hits with bodies, extra data and channels", "search \"reset password\""},
+    {"Suggestions while the user types, emphasised words marked", "suggest pass"},
+    {"One answer, with the extra data its body carries (then kept in the answer store)", "answer 1006"},
+    {"The values of the contexts that partition the knowledge base", "contexts product,platform"},
+    {"Narrow the session to one product ...", "set-context \"product:Mesh Node M2\""},
+    {"... and the same kind of search now finds only that product's articles", "search reset"},
+    {"Escalation channels of an article the user disliked: all five kinds", "channels 1002 --like-state 2"},
+    {"The user liked an article", "like 1002 1"},
+    {"Report that the user took a channel of the latest search hit", "report 1010 0"},
+    {"A tracked event", "track '{\"action\":\"opened\"}'"},
+    {"A conversation with the bot: a transfer (it asks for missing entities), the balance (personal "
+     "information the app supplies) and the feedback form",
+     "chat", "hi\ntransfer\n250\n2026-12-01\nbalance\nEUR 1,234.56\n/feedback\n"},
 };
 
 ExitCode runDemo(Runtime& runtime) {
@@ -36,7 +56,15 @@ ExitCode runDemo(Runtime& runtime) {
       runtime.console().out((number == 1 ? "" : "\n") + std::to_string(number) + ". " + step.title + "\n   $ quorvix " +
                             step.line + "\n\n");
     }
-    worst = worse(worst, runShellCommand(runtime, *words, std::string(step.line) + ": "));
+    const std::string where = std::string(step.line) + ": ";
+    if (step.typed == nullptr) {
+      worst = worse(worst, runShellCommand(runtime, *words, where));
+      continue;
+    }
+    // A conversation reads what the user types: here, a script.
+    std::istringstream typed(step.typed);
+    Runtime scripted(runtime.options(), runtime.output(), runtime.commands(), typed, runtime.engine(), runtime.params());
+    worst = worse(worst, runCommandWords(scripted, *words, where, /*shell=*/false));
   }
   return worst;
 }

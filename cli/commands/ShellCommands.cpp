@@ -33,9 +33,13 @@ std::string shellHelp(const CommandRegistry& registry) {
 }  // namespace
 
 ExitCode runShellCommand(Runtime& runtime, const std::vector<std::string>& words, const std::string& where) {
+  return runCommandWords(runtime, words, where, /*shell=*/true);
+}
+
+ExitCode runCommandWords(Runtime& runtime, const std::vector<std::string>& words, const std::string& where, bool shell) {
   CLI::App app{"", ""};
   app.require_subcommand(1);
-  CommandSet commands(app, runtime.commands(), /*shell=*/true);
+  CommandSet commands(app, runtime.commands(), shell);
   try {
     std::vector<std::string> reversed(words.rbegin(), words.rend());
     app.parse(reversed);

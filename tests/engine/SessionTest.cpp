@@ -22,8 +22,9 @@ class SessionTest : public testing::PlatformFixture {
     auto params = std::make_shared<AccountParams>();
     params->setAccount("acme");
     params->setKnowledgeBase("kb1");
-    engine->prepareWithAccountParams(params);
+    // Sessions and searches need only the account: preparing would also fetch the configuration.
     engine->setConnectionHandler(handler);
+    engine->setAccountParams(params);
   }
 
   // A search request as the search operation builds it.
@@ -87,7 +88,7 @@ TEST_F(SessionTest, FirstRequestOpensTheSessionAndCarriesSidLast) {
 TEST_F(SessionTest, NoContextNoKnowledgeBaseMeansNoSuchItems) {
   auto params = std::make_shared<AccountParams>();
   params->setAccount("acme");
-  engine->prepareWithAccountParams(params);
+  engine->setAccountParams(params);
   engine->startSession(nullptr);
   EXPECT_EQ(queryNames(sent(kHello).at(0)), (Names{"nostats", "url"}));
 }

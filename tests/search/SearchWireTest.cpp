@@ -24,8 +24,9 @@ class SearchWireTest : public testing::PlatformFixture {
     PlatformFixture::SetUp();
     params->setAccount("acme");
     params->setKnowledgeBase("kb1");
-    engine->prepareWithAccountParams(params);
+    // Sessions and searches need only the account: preparing would also fetch the configuration.
     engine->setConnectionHandler(handler);
+    engine->setAccountParams(params);
     handler->autoReply("/hello.js", {Reply::json(R"({"sessionId":"s1","timeout":600,"status":200})")});
   }
 
