@@ -1,6 +1,5 @@
 #include "engine/JsonParse.h"
 
-#include <boost/json/monotonic_resource.hpp>
 #include <boost/json/parser.hpp>
 
 namespace quorvix::detail {
@@ -9,10 +8,9 @@ std::variant<std::monostate, Json, QXError> parseJson(std::string_view text) {
   if (text.empty()) return std::monostate{};
   boost::json::parse_options options;
   options.max_depth = kMaxJsonDepth;
-  // Replies are read whole and dropped whole: one arena per reply parses
-  // about twice as fast as the general-purpose allocator.
+  // The default allocator, not an arena per reply: values of a reply end up in
+  // models that hosts copy on any thread, and an arena is not thread-safe.
   boost::json::parser parser(boost::json::storage_ptr(), options);
-  parser.reset(boost::json::make_shared_resource<boost::json::monotonic_resource>());
   boost::system::error_code ec;
   parser.write(text.data(), text.size(), ec);
   if (ec) {
