@@ -10,6 +10,7 @@
 #include "quorvix/conversation/QXPersonalInfo.h"
 #include "quorvix/conversation/QXTokenizer.h"
 #include "quorvix/engine/Helpers.h"
+#include "engine/ServiceAddress.h"
 #include "quorvix/engine/Quorvix.h"
 
 namespace quorvix {
@@ -19,19 +20,6 @@ namespace {
 constexpr const char* kCreatePath = "/api/conversation/v1/create";
 constexpr const char* kStatementPath = "/api/conversation/v1/statement";
 constexpr const char* kFeedbackPath = "/api/conversation/v1/createFeedbackResponse";
-
-QXError noAccountError() {
-  return QXError{errors::kEngineDomain,
-                 errors::kBadURL,
-                 {{"Description", "No account to talk to: call prepareWithAccountParams with an account first"}}};
-}
-
-// A fresh copy of the account's base address with `path` appended.
-std::optional<URLComponents> address(const std::shared_ptr<AccountParams>& params, const char* path) {
-  auto components = params ? params->baseUrlComp() : std::nullopt;
-  if (components) components->appendPath(path);
-  return components;
-}
 
 std::string replaceAll(const std::string& text, const std::string& what, const std::string& with) {
   std::string result;
@@ -103,9 +91,9 @@ std::shared_ptr<QXTokenizer> Quorvix::tokenizer() {
 
 void Quorvix::createConversationWithCompletion(QXCreateConversationCompletion completion) {
   auto params = accountParams();
-  auto components = address(params, kCreatePath);
+  auto components = detail::serviceAddress(params, kCreatePath);
   if (!components) {
-    if (completion) completion(std::nullopt, noAccountError());
+    if (completion) completion(std::nullopt, errors::noAccount());
     return;
   }
   components->setQueryItems({{"kb", params->knowledgeBase()}, {"textOnly", "false"}});
@@ -134,7 +122,7 @@ void Quorvix::createConversationWithEntities(std::vector<std::string> entities, 
                                              QXCreateConversationWithEntitiesCompletion completion) {
   auto configurationAddress = cnfComponent();
   if (!configurationAddress) {
-    if (completion) completion(std::nullopt, noAccountError());
+    if (completion) completion(std::nullopt, errors::noAccount());
     return;
   }
   QXConnection::openConnection(connectionHandler(), *configurationAddress,
@@ -171,10 +159,10 @@ void Quorvix::createConversationWithEntities(std::vector<std::string> entities, 
 void Quorvix::openConversationWithEntities(const std::shared_ptr<AccountParams>& params,
                                            const std::vector<std::string>& entities, bool textOnly,
                                            const QXCreateConversationWithEntitiesCompletion& completion) {
-  auto components = address(params, kCreatePath);
+  auto components = detail::serviceAddress(params, kCreatePath);
   setConversationId(std::nullopt);
   if (!components) {
-    if (completion) completion(std::nullopt, noAccountError());
+    if (completion) completion(std::nullopt, errors::noAccount());
     return;
   }
   std::string joined;
@@ -211,9 +199,9 @@ void Quorvix::conversationStatement(std::string statement, bool type, std::optio
     id = conversationId_;
     params = accountParams_;
   }
-  auto components = address(params, kStatementPath);
+  auto components = detail::serviceAddress(params, kStatementPath);
   if (!components) {
-    if (completion) completion(nullptr, noAccountError());
+    if (completion) completion(nullptr, errors::noAccount());
     return;
   }
   // A postback goes as the bot sent it; a statement gets its tokens restored.
@@ -235,9 +223,9 @@ void Quorvix::conversationArticle(std::string articleId, std::optional<std::stri
     id = conversationId_;
     params = accountParams_;
   }
-  auto components = address(params, kStatementPath);
+  auto components = detail::serviceAddress(params, kStatementPath);
   if (!components) {
-    if (completion) completion(nullptr, noAccountError());
+    if (completion) completion(nullptr, errors::noAccount());
     return;
   }
   components->setQueryItems({{"articleId", std::move(articleId)}, {"id", std::move(id)}});
@@ -258,9 +246,9 @@ void Quorvix::sendMissingEntities(std::optional<std::string> entities, bool isPo
     id = conversationId_;
     params = accountParams_;
   }
-  auto components = address(params, kStatementPath);
+  auto components = detail::serviceAddress(params, kStatementPath);
   if (!components) {
-    if (completion) completion(nullptr, noAccountError());
+    if (completion) completion(nullptr, errors::noAccount());
     return;
   }
   components->setQueryItems(
@@ -354,7 +342,7 @@ void Quorvix::extractPrivateInfo(std::shared_ptr<QXConversationalResponse> respo
 
 void Quorvix::sendConversationFeedbackWithCompletion(QXConversationFeedbackCompletion completion) {
   auto id = conversationId();
-  auto components = id ? address(accountParams(), kFeedbackPath) : std::nullopt;
+  auto components = id ? detail::serviceAddress(accountParams(), kFeedbackPath) : std::nullopt;
   if (!components) {
     if (completion) completion(nullptr);
     return;

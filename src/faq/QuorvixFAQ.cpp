@@ -4,6 +4,7 @@
 #include "faq/BlockingRead.h"
 #include "quorvix/configuration/QXConfiguration.h"
 #include "quorvix/engine/Helpers.h"
+#include "engine/ServiceAddress.h"
 #include "quorvix/engine/Quorvix.h"
 #include "quorvix/faq/FAQAnswer.h"
 #include "quorvix/faq/QXCacheManager.h"
@@ -26,11 +27,8 @@ constexpr std::string_view kItems = "1000";
 
 /// The base address with `path` appended and no query items yet.
 std::optional<URLComponents> addressOf(const std::shared_ptr<AccountParams>& params, std::string_view path) {
-  if (!params) return std::nullopt;
-  std::optional<URLComponents> components = params->baseUrlComp();
-  if (!components) return std::nullopt;
-  components->appendPath(path);
-  components->setQueryItems({});
+  auto components = detail::serviceAddress(params, path);
+  if (components) components->setQueryItems({});
   return components;
 }
 

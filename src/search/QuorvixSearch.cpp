@@ -1,4 +1,5 @@
 // The facade's search, suggestion and context operations.
+#include "engine/ServiceAddress.h"
 #include "quorvix/engine/Helpers.h"
 #include "quorvix/engine/Quorvix.h"
 #include "quorvix/search/QXAutoCompleteResponse.h"
@@ -11,13 +12,6 @@ constexpr std::string_view kSearchPath = "/api/widget/v1/q.js";
 constexpr std::string_view kAutoCompletePath = "/api/kb/v1/autoComplete";
 constexpr std::string_view kContextValuesPath = "/api/widget/v1/contextvalues.js";
 constexpr std::string_view kSetParamsPath = "/api/widget/v1/setParams";
-
-// The account's base address with `path` appended, or nothing without an account.
-std::optional<URLComponents> address(const std::shared_ptr<AccountParams>& params, std::string_view path) {
-  auto url = params ? params->baseUrlComp() : std::nullopt;
-  if (url) url->appendPath(path);
-  return url;
-}
 
 }  // namespace
 
@@ -34,7 +28,7 @@ void Quorvix::searchText(std::optional<std::string> text, SearchCompletion compl
     if (completion) completion(std::move(cached), std::nullopt);
     return;
   }
-  auto url = address(accountParams(), kSearchPath);
+  auto url = detail::serviceAddress(accountParams(), kSearchPath);
   if (!url) {
     if (completion) completion(nullptr, errors::noAccount());
     return;
@@ -78,7 +72,7 @@ void Quorvix::suggestionsForText(std::optional<std::string> text, SuggestionComp
     if (completion) completion(std::move(cached), std::nullopt);
     return;
   }
-  auto url = address(accountParams(), kAutoCompletePath);
+  auto url = detail::serviceAddress(accountParams(), kAutoCompletePath);
   if (!url) {
     if (completion) completion(nullptr, errors::noAccount());
     return;
@@ -112,7 +106,7 @@ void Quorvix::setCachedSuggestions(SuggestionCache cache) {
 
 void Quorvix::contextValue(std::string contexts, ContextValueCompletion completion) {
   auto params = accountParams();
-  auto url = address(params, kContextValuesPath);
+  auto url = detail::serviceAddress(params, kContextValuesPath);
   if (!url) {
     if (completion) completion(std::nullopt, errors::noAccount());
     return;
@@ -132,7 +126,7 @@ void Quorvix::contextValue(std::string contexts, ContextValueCompletion completi
 
 void Quorvix::changeContext(std::optional<JsonObject> context, ChangeContextCompletion completion) {
   auto params = accountParams();
-  auto url = address(params, kSetParamsPath);
+  auto url = detail::serviceAddress(params, kSetParamsPath);
   if (!url) {
     if (completion) completion(false, errors::noAccount());
     return;
