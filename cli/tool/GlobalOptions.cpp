@@ -26,7 +26,8 @@ void addGlobalOptions(CLI::App& app, GlobalOptions& options) {
   options.build = engineVersion();
 
   addOptionalText(app, "--service", options.service,
-                  "Service base: https://HOST[:PORT] or http://localhost:PORT",
+                  "Service base: https://HOST[:PORT], or http://HOST:PORT for a loopback HOST "
+                  "(localhost, *.localhost, 127.0.0.1, [::1])",
                   kServiceGroup)
       ->type_name("URL");
   addOptionalText(app, "--account", options.account,

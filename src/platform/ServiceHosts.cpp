@@ -18,6 +18,9 @@ std::string lowered(std::string_view text) {
   return out;
 }
 
+/// The loopback hosts plain http may name, as a person would write them in a URL.
+constexpr std::string_view kLoopbackForms = "localhost, *.localhost, 127.0.0.1, [::1]";
+
 }  // namespace
 
 bool isLoopbackHost(std::string_view host) {
@@ -34,11 +37,11 @@ std::optional<QXError> QXServiceHosts::validate() const {
   if (fixedHost.empty()) return hostsError(errors::kBadURL, "The service host is empty");
   if (port && (*port < 1 || *port > 65535)) return hostsError(errors::kBadURL, "The service port is out of range");
   if (scheme == "http") {
-    const bool loopback = isLoopbackHost(fixedHost) && isLoopbackHost("account" + secondSuffix) &&
-                          isLoopbackHost("server" + mainSuffix);
-    if (!loopback) {
-      return hostsError(errors::kUnsupportedURL,
-                        "Plain http is only allowed for loopback hosts (localhost, *.localhost); use https for " + fixedHost);
+    for (const std::string& host : {fixedHost, "ACCOUNT" + secondSuffix, "SERVER" + mainSuffix}) {
+      if (!isLoopbackHost(host)) {
+        return hostsError(errors::kUnsupportedURL, "Plain http is only for loopback hosts (" + std::string(kLoopbackForms) +
+                                                       "); " + host + " is not one, so it needs https");
+      }
     }
   }
   return std::nullopt;
@@ -54,10 +57,16 @@ std::variant<QXServiceHosts, QXError> QXServiceHosts::fromServiceBase(std::strin
   }
   QXServiceHosts hosts;
   hosts.scheme = lowered(url.scheme());
+  // An IPv6 address keeps its brackets ("[::1]"): the host is written into URLs as it is.
   const std::string host = lowered(url.host());
   hosts.fixedHost = host;
-  hosts.mainSuffix = "." + host;
-  hosts.secondSuffix = "." + host;
+  // Names go under a name; an address has none under it. Account and server
+  // hosts of a loopback address go under "localhost", which libcurl resolves
+  // to this machine whatever comes before it.
+  const bool address = url.host_type() == boost::urls::host_type::ipv4 || url.host_type() == boost::urls::host_type::ipv6;
+  const std::string parent = address && isLoopbackHost(host) ? "localhost" : host;
+  hosts.mainSuffix = "." + parent;
+  hosts.secondSuffix = "." + parent;
   if (url.has_port()) {
     if (url.port().empty() || url.port().size() > 5) return hostsError(errors::kBadURL, "Bad port in " + std::string(base));
     hosts.port = static_cast<int>(url.port_number());

@@ -23,8 +23,8 @@ struct QXServiceHosts {
   std::string fixedHost = "cdn.quorvix.com";
   std::optional<int> port;
 
-  /// Hosts for a service base "https://HOST[:PORT]" or "http://localhost:PORT":
-  /// suffixes "." + HOST and the fixed host HOST. An error (domain
+  /// Hosts for "https://HOST[:PORT]" or "http://LOOPBACK:PORT" (localhost, *.localhost, 127.0.0.1, [::1]): fixed host
+  /// HOST, suffixes "." + HOST (".localhost" for a loopback address, which has no names under it). An error (domain
   /// "com.quorvix.engine", code -1000 or -1002) for anything else.
   static std::variant<QXServiceHosts, QXError> fromServiceBase(std::string_view base);
 
