@@ -1,5 +1,13 @@
 // The sandbox command: the loopback reference service in the foreground.
 
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string>
 
@@ -15,6 +23,26 @@ namespace {
 
 constexpr const char* kBindAddress = "127.0.0.1";
 
+// Why 127.0.0.1:`port` cannot be bound, found by trying it as the service does.
+std::string bindProblem(int port) {
+  const int sock = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  if (sock < 0) return std::strerror(errno);
+  const int yes = 1;
+  ::setsockopt(sock, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(static_cast<uint16_t>(port));
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  std::string problem;
+  if (::bind(sock, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+    problem = errno == EADDRINUSE ? "the port is already in use" : std::strerror(errno);
+  } else if (::listen(sock, 1) != 0) {
+    problem = errno == EADDRINUSE ? "the port is already in use" : std::strerror(errno);
+  }
+  ::close(sock);
+  return problem;
+}
+
 ExitCode runSandbox(Runtime& runtime, int port) {
   sandbox::SandboxOptions options;
   options.port = port;
@@ -25,7 +53,10 @@ ExitCode runSandbox(Runtime& runtime, int port) {
   InterruptCatcher catcher;
   const int bound = service.start();
   if (bound == 0) {
-    runtime.output().message("could not listen on " + std::string(kBindAddress) + ":" + std::to_string(port));
+    const std::string problem = port == 0 ? std::string() : bindProblem(port);
+    runtime.output().message("cannot listen on " + std::string(kBindAddress) + ":" + std::to_string(port) +
+                             (problem.empty() ? "" : ": " + problem) +
+                             (port == 0 ? "" : " (choose another --port, or --port 0 for a free one)"));
     return ExitCode::EngineError;
   }
 
@@ -51,7 +82,8 @@ void registerSandboxCommands(CommandRegistry& registry) {
                  sandbox::SandboxService::kDemoKnowledgeBase + "', API key '" +
                  sandbox::SandboxService::kDemoApiKey +
                  "'). Point another quorvix at it with --service http://localhost:PORT; without "
-                 "--account that one uses the demo account too.",
+                 "--account that one uses the demo account too. A port that is already in use is refused "
+                 "(exit code 1).",
       .scope = CommandScope::CommandLine,
       .usesEngine = false,
       .define = [](CLI::App& sub) -> CommandAction {

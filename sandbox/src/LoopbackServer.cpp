@@ -42,6 +42,13 @@ LoopbackServer::LoopbackServer() {
   set_keep_alive_max_count(kKeepAliveMaxCount);
   set_keep_alive_timeout(kKeepAliveTimeoutSeconds);
   new_task_queue = [] { return new WorkerPool(kMaxThreads); };
+  // httplib's default sets SO_REUSEPORT, with which a second server binds a
+  // port that another one listens on and the two share its connections.
+  // SO_REUSEADDR alone still allows a restart over connections in TIME_WAIT.
+  set_socket_options([](socket_t sock) {
+    const int yes = 1;
+    ::setsockopt(sock, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+  });
 }
 
 LoopbackServer::~LoopbackServer() {

@@ -6,7 +6,10 @@
 #include <string>
 #include <vector>
 
+#include <quorvix/sandbox/SandboxService.h>
+
 #include "quorvix/platform/Platform.h"
+#include "tool/AccountSetup.h"
 #include "tool/CliApp.h"
 
 namespace quorvix::cli {
@@ -40,6 +43,48 @@ TEST(RunToolTest, RefusedServiceBaseIsAUsageErrorThatChangesNothing) {
   }
   EXPECT_EQ(platform::serviceHosts(), hostsBefore);
   EXPECT_EQ(platform::hostInfo().bundleIdentifier, infoBefore.bundleIdentifier);
+}
+
+TEST(RunToolTest, EveryLoopbackFormOfTheServiceReachesIt) {
+  sandbox::SandboxService service;
+  const int port = service.start();
+  ASSERT_NE(port, 0);
+  for (const char* host : {"localhost", "127.0.0.1", "demo.localhost", "LOCALHOST"}) {
+    const std::string base = "http://" + std::string(host) + ":" + std::to_string(port);
+    service.clearRequests();
+    const auto run = runWith({"--service", base, "--timeout", "10", "--json", "session"});
+    EXPECT_EQ(run.code, 0) << base << "\n" << run.err;
+    EXPECT_EQ(service.requestsFor("/api/widget/v1/hello.js").size(), 1u) << base;
+  }
+  // The sandbox listens on IPv4 only: for [::1] the mapping is what counts.
+  auto v6 = serviceHostsFor("http://[::1]:" + std::to_string(port));
+  ASSERT_TRUE(std::holds_alternative<QXServiceHosts>(v6)) << std::get<UsageError>(v6).message;
+  EXPECT_EQ(std::get<QXServiceHosts>(v6).fixedHost, "[::1]");
+  EXPECT_EQ(std::get<QXServiceHosts>(v6).secondSuffix, ".localhost") << "an address has no account names under it";
+  EXPECT_EQ(std::get<QXServiceHosts>(v6).port, port);
+
+  // A refusal names the loopback forms and the host that is not one.
+  const auto refused = runWith({"--service", "http://example.com:8080", "session"});
+  EXPECT_EQ(refused.code, 2);
+  for (const char* word : {"localhost, *.localhost, 127.0.0.1, [::1]", "example.com is not one", "https"}) {
+    EXPECT_NE(refused.err.find(word), std::string::npos) << word << "\n" << refused.err;
+  }
+}
+
+TEST(RunToolTest, SandboxRefusesAPortAlreadyInUse) {
+  sandbox::SandboxService first;
+  const int port = first.start();
+  ASSERT_NE(port, 0);
+  sandbox::SandboxOptions options;
+  options.port = port;
+  sandbox::SandboxService second(options);
+  ASSERT_EQ(second.start(), 0) << "a second service listens on the port of the first";
+
+  const auto run = runWith({"sandbox", "--port", std::to_string(port)});
+  EXPECT_EQ(run.code, 1);
+  EXPECT_EQ(run.out, "");
+  EXPECT_NE(run.err.find("127.0.0.1:" + std::to_string(port) + ": the port is already in use"), std::string::npos)
+      << run.err;
 }
 
 TEST(RunToolTest, MalformedCommandLinesAreUsageErrors) {
@@ -89,6 +134,10 @@ TEST(RunToolTest, HelpDescribesOptionsAndCommands) {
   const auto sandboxHelp = runWith({"sandbox", "--help"});
   EXPECT_EQ(sandboxHelp.code, 0);
   EXPECT_NE(sandboxHelp.out.find("--port"), std::string::npos) << sandboxHelp.out;
+
+  const auto chatHelp = runWith({"chat", "--help"});
+  EXPECT_EQ(chatHelp.code, 0);
+  EXPECT_NE(chatHelp.out.find("--answers FILE"), std::string::npos) << chatHelp.out;
 
   const auto shellHelp = runWith({"shell", "--help"});
   EXPECT_EQ(shellHelp.code, 0);
