@@ -163,6 +163,7 @@ class ChatSession {
     std::string line;
     while (prompt("you> "), std::getline(runtime_.input(), line)) {
       if (line.empty()) continue;
+      echo("you> ", line);
       if (line == "/quit" || line == "/exit") break;
       const auto code = handle(line);
       if (code == ExitCode::TimedOut) return code;
@@ -173,8 +174,17 @@ class ChatSession {
 
  private:
   bool interactive() const { return runtime_.console().terminal().stdinIsTerminal && !output_.json(); }
+  // Lines read from a pipe or a script are shown after their prompt, as a
+  // terminal would have shown them; the demo's are marked as its own.
+  bool echoes() const { return !runtime_.console().terminal().stdinIsTerminal && !output_.json(); }
   void prompt(std::string_view text) {
     if (interactive()) runtime_.console().out(text);
+  }
+  // Shows a line read from the input after `prompt` (empty when the prompt is on the screen already).
+  void echo(std::string_view prompt, std::string_view line) {
+    if (!echoes()) return;
+    runtime_.console().out(std::string(prompt) + std::string(line) +
+                           (runtime_.inputIsScript() ? "    [scripted]\n" : "\n"));
   }
 
   ExitCode create() {
@@ -214,6 +224,15 @@ class ChatSession {
     return ExitCode::Success;
   }
 
+  // A line the user typed as a JSON object is a statement already; anything
+  // else is sent as {"text": ...} so that tokens the user types are restored.
+  static std::string statementOf(const std::string& line) {
+    boost::system::error_code error;
+    const Json parsed = boost::json::parse(line, error);
+    if (!error && parsed.is_object()) return line;
+    return boost::json::serialize(JsonObject{{"text", line}});
+  }
+
   ExitCode handle(const std::string& line) {
     auto engine = runtime_.engine();
     auto completion = [queue = queue_](std::shared_ptr<QXConversationalResponse> response,
@@ -235,9 +254,7 @@ class ChatSession {
       output_.message("unknown chat command '" + line + "' (use /postback, /article, /feedback, /quit)");
       return ExitCode::Usage;
     } else {
-      // Sent as {"text": ...} so that tokens the user types are restored.
-      engine->conversationStatement(boost::json::serialize(JsonObject{{"text", line}}), false, conversationId_,
-                                    completion);
+      engine->conversationStatement(statementOf(line), false, conversationId_, completion);
     }
     return awaitReply();
   }
@@ -276,7 +293,16 @@ class ChatSession {
       runtime_.console().spinnerClear();
       if (auto* reply = std::get_if<ReplyEvent>(&*event)) return show(*reply);
       if (auto* question = std::get_if<EntitiesQuestion>(&*event)) {
-        if (!answerEntities(*question)) return ExitCode::EngineError;
+        switch (answerEntities(*question)) {
+          case Answered::Yes:
+            break;
+          case Answered::No:
+            return ExitCode::EngineError;
+          case Answered::InputEnded:
+            // The user left at the question; the conversation ends as at "/quit".
+            output_.message("input ended before the bot's question was answered");
+            return ExitCode::Success;
+        }
       } else {
         answerPersonalInfo(std::get<PersonalInfoQuestion>(*event));
       }
@@ -327,11 +353,19 @@ class ChatSession {
     if (output_.json()) return std::nullopt;
     runtime_.console().out(question + "\n" + key + "> ");
     std::string line;
-    if (!std::getline(runtime_.input(), line) || line.empty()) return std::nullopt;
+    if (!std::getline(runtime_.input(), line)) {
+      inputEnded_ = true;
+      if (echoes()) runtime_.console().out("\n");
+      return std::nullopt;
+    }
+    echo("", line);
+    if (line.empty()) return std::nullopt;
     return line;
   }
 
-  bool answerEntities(const EntitiesQuestion& question) {
+  enum class Answered { Yes, No, InputEnded };
+
+  Answered answerEntities(const EntitiesQuestion& question) {
     auto missing = QXConversationMissingEntity::initWithStatement(question.response->statement());
     const auto request = question.response->missingEntities();
     if (!output_.json()) {
@@ -357,12 +391,13 @@ class ChatSession {
       }
     }
     if (missing->enteties().empty()) {
+      if (inputEnded_) return Answered::InputEnded;
       // Resending nothing would only bring the same question back.
       output_.message("the bot asked for entities and none were given");
-      return false;
+      return Answered::No;
     }
     question.handler(missing);
-    return true;
+    return Answered::Yes;
   }
 
   void answerPersonalInfo(const PersonalInfoQuestion& question) {
@@ -384,6 +419,7 @@ class ChatSession {
   std::optional<std::string> conversationId_;
   std::vector<std::shared_ptr<QXConversationQuickOption>> shownOptions_;
   ExitCode result_ = ExitCode::Success;
+  bool inputEnded_ = false;
 };
 
 ExitCode runChat(Runtime& runtime, const ChatOptions& options) {
@@ -414,8 +450,9 @@ void registerChatCommands(CommandRegistry& registry) {
                  "its text, options numbered (type a number to press one), buttons. Lines '/postback PAYLOAD', "
                  "'/article ID' and '/feedback' send those; '/quit' ends. The bot's questions for missing entities "
                  "and personal information are asked at the prompt, or answered from --answers FILE (a JSON object "
-                 "from entity type or personal-information id to value; with --json only from there). With --json "
-                 "each reply is one JSON line.",
+                 "from entity type or personal-information id to value; with --json only from there); input that "
+                 "ends at such a question ends the chat. A line that is a JSON object is sent as the statement "
+                 "itself. With --json each reply is one JSON line.",
       .scope = CommandScope::CommandLine,
       .usesEngine = true,
       .define = [](CLI::App& sub) -> CommandAction {
@@ -423,7 +460,10 @@ void registerChatCommands(CommandRegistry& registry) {
         sub.add_option("--entities", options->entities,
                        "Open the conversation declaring these entities (comma-separated: number,date,...)");
         sub.add_flag("--text-only", options->textOnly, "Open the conversation asking for text-only replies");
-        sub.add_option("--answers", options->answersFile, "JSON object answering the bot's questions");
+        sub.add_option("--answers", options->answersFile,
+                       "File holding a JSON object that answers the bot's questions (entity type or "
+                       "personal-information id to value)")
+            ->type_name("FILE");
         sub.add_flag("--json", options->json, "Print each reply as one JSON line (as the global --json)");
         return [options](Runtime& runtime) { return runChat(runtime, *options); };
       },

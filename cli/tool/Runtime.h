@@ -31,7 +31,8 @@ class Runtime {
         commands_(commands),
         input_(input),
         engine_(std::move(engine)),
-        params_(std::move(params)) {}
+        params_(std::move(params)),
+        preparationUnseen_(engine_ != nullptr) {}
 
   const GlobalOptions& options() const { return options_; }
   Output& output() { return output_; }
@@ -42,6 +43,14 @@ class Runtime {
   const std::shared_ptr<Quorvix>& engine() const { return engine_; }
   /// The account the engine was prepared with.
   const std::shared_ptr<AccountParams>& params() const { return params_; }
+  /// Records that the engine was just prepared (it is fetching its configuration).
+  void notePreparation() { preparationUnseen_ = true; }
+  /// Whether the configuration of the latest preparation is still to be shown;
+  /// the first call after a preparation says yes, later ones no.
+  bool takeUnseenPreparation() { return std::exchange(preparationUnseen_, false); }
+  /// Whether the input is a script the tool types itself (the demo's), not the user's.
+  bool inputIsScript() const { return inputIsScript_; }
+  void setInputIsScript(bool script) { inputIsScript_ = script; }
 
   /// Waits for `slot` within --timeout, with the spinner on a terminal.
   /// `failure` (may be empty) is polled for errors that drop the completion.
@@ -75,6 +84,9 @@ class Runtime {
   std::istream& input_;
   std::shared_ptr<Quorvix> engine_;
   std::shared_ptr<AccountParams> params_;
+  // A runtime starts with an engine that was prepared for it.
+  bool preparationUnseen_ = false;
+  bool inputIsScript_ = false;
 };
 
 }  // namespace quorvix::cli

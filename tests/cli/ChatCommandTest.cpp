@@ -69,5 +69,30 @@ TEST(ChatCommandTest, QuestionsWithoutAnswersAndBadLinesAreReported) {
   EXPECT_NE(run.err.find("unknown chat command"), std::string::npos) << run.err;
 }
 
+TEST(ChatCommandTest, InputEndingAtTheBotsQuestionEndsTheChat) {
+  // printf 'hi\ntransfer\n' | quorvix chat
+  const auto run = chat({"--timeout", "20", "chat"}, "hi\ntransfer\n");
+  EXPECT_EQ(run.code, 0) << run.err;
+  EXPECT_NE(run.out.find("you> transfer\nbot: Happy to help"), std::string::npos) << run.out;
+  EXPECT_NE(run.out.find("How much would you like to transfer?\nnumber> \n"), std::string::npos) << run.out;
+  EXPECT_NE(run.err.find("input ended"), std::string::npos) << run.err;
+
+  // An answer, then the end: the bot asks for the rest and the chat ends there too.
+  const auto partly = chat({"--timeout", "20", "chat"}, "transfer\n250\n");
+  EXPECT_EQ(partly.code, 0) << partly.err;
+  EXPECT_NE(partly.out.find("number> 250\n"), std::string::npos) << partly.out;
+}
+
+TEST(ChatCommandTest, TypedJsonStatementIsSentAsTyped) {
+  const auto run = chat({"--json", "--timeout", "20", "chat"}, "{\"text\": \"my card\"}\nhi\n");
+  ASSERT_EQ(run.code, 0) << run.err;
+  ASSERT_EQ(run.lines.size(), 3u) << run.out;
+  // The service got the typed object itself, not one wrapped in another "text".
+  const auto sent = [](const boost::json::value& line) { return boost::json::parse(line.at("statement").as_string()); };
+  EXPECT_EQ(sent(run.lines[1]), (boost::json::object{{"text", "my card"}})) << run.out;
+  EXPECT_NE(text(run.lines[1]).find("Your card"), std::string::npos) << run.out;
+  EXPECT_EQ(sent(run.lines[2]), (boost::json::object{{"text", "hi"}})) << run.out;
+}
+
 }  // namespace
 }  // namespace quorvix::cli
