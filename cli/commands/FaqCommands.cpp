@@ -34,6 +34,8 @@ WaitOutcome<ConfigurationOutcome> awaitConfiguration(Runtime& runtime, bool fres
   // out) would take this one's place: start over in that case.
   if (fresh || (!engine->isPrepared() && engine->fetchConfiguration())) {
     engine->prepareWithAccountParams(runtime.params());
+    // This preparation's configuration is the one waited for here.
+    runtime.takeUnseenPreparation();
   }
   auto slot = std::make_shared<Handoff<ConfigurationOutcome>>();
   engine->setFetchConfiguration([slot](std::shared_ptr<QXConfiguration> configuration, std::optional<QXError> error) {
@@ -50,7 +52,9 @@ void answerRows(const std::vector<std::shared_ptr<QXQueryResult>>& answers, Text
 }
 
 ExitCode runConfig(Runtime& runtime) {
-  auto outcome = awaitConfiguration(runtime, true);
+  // The preparation the engine started with fetches the configuration already;
+  // every later `config` prepares again and so fetches anew.
+  auto outcome = awaitConfiguration(runtime, !runtime.takeUnseenPreparation());
   if (!outcome.value) return runtime.reportUndelivered(outcome);
   if (outcome.value->error) {
     runtime.output().engineError(*outcome.value->error);
@@ -204,8 +208,9 @@ void registerFaqCommands(CommandRegistry& registry) {
   registry.add(CommandDef{
       .name = "config",
       .summary = "Fetch the widget configuration (setFetchConfiguration) and print it",
-      .details = "Prepares the engine with the account, waits for its widget configuration and prints its "
-                 "titles, colours (#RRGGBB), texts, switches, FAQ groups and labels.",
+      .details = "Waits for the widget configuration of the engine's preparation and prints its titles, colours "
+                 "(#RRGGBB), texts, switches, FAQ groups and labels. The first 'config' of a run shows what the "
+                 "preparation at start fetched; a later one (in the shell) prepares the engine again first.",
       .define = [](CLI::App&) -> CommandAction { return runConfig; },
   });
   registry.add(CommandDef{

@@ -100,6 +100,7 @@ ExitCode runStop(Runtime& runtime) {
 
 ExitCode runPrepare(Runtime& runtime) {
   runtime.engine()->prepareWithAccountParams(runtime.params());
+  runtime.notePreparation();
   const auto& params = *runtime.params();
   const std::string account = params.account().value_or("");
   const std::string knowledgeBase = params.knowledgeBase().value_or("");

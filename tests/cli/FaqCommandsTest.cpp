@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include <quorvix/sandbox/SandboxService.h>
+
 #include "quorvix/engine/Helpers.h"
 #include "quorvix/faq/QXCacheManager.h"
 #include "quorvix/platform/Platform.h"
@@ -55,6 +57,20 @@ TEST_F(FaqCommandsTest, ConfigPrintsTheSandboxAccount) {
   const auto document = boost::json::parse(json.out).as_object();
   EXPECT_EQ(document.at("statusBarColor"), "#FF8000");
   EXPECT_EQ(document.at("labels").as_array().size(), 3u);
+}
+
+TEST_F(FaqCommandsTest, ConfigFetchesTheConfigurationOncePerConfig) {
+  sandbox::SandboxService service;
+  ASSERT_NE(service.start(), 0);
+  const auto once = runWith({"--service", service.baseURL(), "config"});
+  ASSERT_EQ(once.code, 0) << once.err;
+  EXPECT_EQ(service.requestsFor("/widget/scripts/cnf.json").size(), 1u);
+
+  // In a shell each later `config` asks the service again.
+  service.clearRequests();
+  const auto twice = runWith({"--service", service.baseURL(), "shell"}, "config\nconfig\n");
+  ASSERT_EQ(twice.code, 0) << twice.err;
+  EXPECT_EQ(service.requestsFor("/widget/scripts/cnf.json").size(), 2u);
 }
 
 TEST_F(FaqCommandsTest, AnswerComesFromTheServiceOrTheStore) {
