@@ -1,6 +1,7 @@
 // The demo: a guided tour of the engine against the embedded sandbox, one
 // titled step per capability, each running the tool's own command.
 
+#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -14,12 +15,14 @@
 namespace quorvix::cli {
 namespace {
 
-/// One stop of the tour: what it shows, the command line that shows it, and
-/// for a conversation the lines typed into it.
+/// One stop of the tour: what it shows, the command line that shows it, for
+/// a conversation the lines typed into it, and the label the account names
+/// for this step (as --label-id would).
 struct DemoStep {
   const char* title;
   const char* line;
   const char* typed = nullptr;
+  const char* labelId = nullptr;
 };
 
 // The sandbox's demo account knows every article, label, context and channel named here.
@@ -28,7 +31,8 @@ constexpr DemoStep kTour[] = {
     {"The account's widget configuration: texts, colours, flags, FAQ groups", "config"},
     {"The FAQ list", "faq-list"},
     {"The user's labels (read once the configuration has arrived)", "labels"},
-    {"The FAQ group of the label \"Billing\"", "label-faq 10"},
+    {"The FAQ group of the label \"Billing\" (the account names the label, so the group is filtered by it)",
+     "label-faq 10", nullptr, "10"},
     {"Free-text search: ranked hits with bodies, extra data and channels", "search \"reset password\""},
     {"Suggestions while the user types, emphasised words marked", "suggest pass"},
     {"One answer, with the extra data its body carries (then kept in the answer store)", "answer 1006"},
@@ -44,6 +48,20 @@ constexpr DemoStep kTour[] = {
      "chat", "hi\ntransfer\n250\n2026-12-01\nbalance\nEUR 1,234.56\n/feedback\n"},
 };
 
+// A step for a label runs on the account with that label id, as
+// `quorvix --label-id ID` would; the tour goes on with the account as it was.
+ExitCode runForLabel(Runtime& runtime, const std::vector<std::string>& words, const std::string& where,
+                     const std::string& labelId) {
+  auto labelled = std::make_shared<AccountParams>(*runtime.params());
+  labelled->setLabelId(labelId);
+  runtime.engine()->prepareWithAccountParams(labelled);
+  Runtime forLabel(runtime.options(), runtime.output(), runtime.commands(), runtime.input(), runtime.engine(),
+                   labelled);
+  const ExitCode code = runShellCommand(forLabel, words, where);
+  runtime.engine()->prepareWithAccountParams(runtime.params());
+  return code;
+}
+
 ExitCode runDemo(Runtime& runtime) {
   ExitCode worst = ExitCode::Success;
   int number = 0;
@@ -53,17 +71,23 @@ ExitCode runDemo(Runtime& runtime) {
     if (words == nullptr || words->empty() || runtime.commands().find(words->front()) == nullptr) continue;
     ++number;
     if (!runtime.options().json) {
+      const std::string options = step.labelId != nullptr ? std::string("--label-id ") + step.labelId + " " : "";
       runtime.console().out((number == 1 ? "" : "\n") + std::to_string(number) + ". " + step.title + "\n   $ quorvix " +
-                            step.line + "\n\n");
+                            options + step.line + "\n\n");
     }
     const std::string where = std::string(step.line) + ": ";
+    if (step.labelId != nullptr) {
+      worst = worse(worst, runForLabel(runtime, *words, where, step.labelId));
+      continue;
+    }
     if (step.typed == nullptr) {
       worst = worse(worst, runShellCommand(runtime, *words, where));
       continue;
     }
-    // A conversation reads what the user types: here, a script.
+    // A conversation reads what the user types: here, a script, marked as such in the transcript.
     std::istringstream typed(step.typed);
     Runtime scripted(runtime.options(), runtime.output(), runtime.commands(), typed, runtime.engine(), runtime.params());
+    scripted.setInputIsScript(true);
     worst = worse(worst, runCommandWords(scripted, *words, where, /*shell=*/false));
   }
   return worst;
