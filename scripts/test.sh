@@ -14,6 +14,8 @@ run() {
   cmake --build --preset "$preset" -j "$jobs"
   echo "== $preset: test"
   ctest --preset "$preset" -j "$jobs"
+  echo "== $preset: the README's tool commands"
+  scripts/check-readme.sh "build/$preset/cli/quorvix"
 }
 
 case "${1:-all}" in
