@@ -50,6 +50,7 @@ class Runtime {
   bool takeUnseenPreparation() { return std::exchange(preparationUnseen_, false); }
   /// Whether the input is a script the tool types itself (the demo's), not the user's.
   bool inputIsScript() const { return inputIsScript_; }
+  /// Says whether the input is such a script; commands that show what they read mark its lines.
   void setInputIsScript(bool script) { inputIsScript_ = script; }
 
   /// Waits for `slot` within --timeout, with the spinner on a terminal.
