@@ -89,47 +89,6 @@ struct ChatOptions {
   bool json = false;
 };
 
-Json optional(const std::optional<std::string>& text) { return text ? Json(*text) : Json(nullptr); }
-
-JsonArray optionsJson(const std::optional<std::vector<std::shared_ptr<QXConversationQuickOption>>>& options) {
-  JsonArray list;
-  if (!options) return list;
-  for (const auto& option : *options) {
-    list.push_back(JsonObject{{"text", optional(option->text())},
-                              {"postback", option->postback().value_or(nullptr)},
-                              {"external", option->external().value_or(nullptr)},
-                              {"kind", option->kind()},
-                              {"type", option->type()},
-                              {"params", option->params()}});
-  }
-  return list;
-}
-
-JsonObject replyJson(QXConversationalResponse& reply) {
-  JsonArray actions;
-  for (const auto& action : reply.actions().value_or(std::vector<std::shared_ptr<QXAction>>{})) {
-    actions.push_back(JsonObject{{"actionId", optional(action->actionId())},
-                                 {"text", optional(action->text())},
-                                 {"userInfo", action->userInfo() ? Json(*action->userInfo()) : Json(nullptr)}});
-  }
-  JsonArray entities;
-  for (const auto& entity : reply.entities().value_or(std::vector<std::shared_ptr<QXEntity>>{})) {
-    entities.push_back(entity->inJSON());
-  }
-  const auto readMore = reply.isReadMore();
-  return JsonObject{{"status", reply.status()},
-                    {"statement", optional(reply.statement())},
-                    {"text", optional(reply.text())},
-                    {"articleId", reply.articleId().value_or(nullptr)},
-                    {"missingEntities", reply.missingEntities().value_or(nullptr)},
-                    {"entities", std::move(entities)},
-                    {"quickOptions", optionsJson(reply.quickOptions())},
-                    {"persistentOptions", optionsJson(reply.persistentOptions())},
-                    {"actions", std::move(actions)},
-                    {"isReadMore", readMore ? Json(*readMore) : Json(nullptr)},
-                    {"isValid", reply.isValid()}};
-}
-
 // A masked reply carries its text as a JSON object with "text"; people read that text.
 std::string readable(const std::string& text) {
   boost::system::error_code error;
@@ -220,7 +179,7 @@ class ChatSession {
     }
     conversationId_ = outcome.value->first;
     TextResult text{"conversation " + conversationId_.value_or("(none)"), {}};
-    output_.result(text, JsonObject{{"conversationId", optional(conversationId_)}});
+    output_.result(text, documents::conversationDocument(conversationId_));
     return ExitCode::Success;
   }
 
@@ -318,7 +277,7 @@ class ChatSession {
       return ExitCode::EngineError;
     }
     if (!event.response) {
-      output_.result(TextResult{"bot: (no reply)", {}}, JsonObject{{"reply", nullptr}});
+      output_.result(TextResult{"bot: (no reply)", {}}, documents::exchangeDocument(nullptr));
       return ExitCode::Success;
     }
     auto& reply = *event.response;
@@ -341,7 +300,7 @@ class ChatSession {
     for (const auto& action : reply.actions().value_or(std::vector<std::shared_ptr<QXAction>>{})) {
       text.rows.emplace_back("button", "[" + action->text().value_or(action->actionId().value_or("")) + "]");
     }
-    output_.result(text, replyJson(reply));
+    output_.result(text, documents::exchangeDocument(event.response));
     return ExitCode::Success;
   }
 

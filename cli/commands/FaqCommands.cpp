@@ -82,17 +82,13 @@ ExitCode runFaqList(Runtime& runtime) {
   }
   TextResult text;
   text.heading = "FAQ list";
-  JsonArray groups;
   for (const Json& entry : list->get_array()) {
     auto group = QXFAQGroup::initWithParams(entry.if_object());
     if (!group) continue;
     text.rows.emplace_back(group->title().value_or("(untitled)"), "");
     answerRows(group->data(), text);
-    groups.push_back(groupJson(*group));
   }
-  JsonObject json;
-  json["groups"] = std::move(groups);
-  runtime.output().result(text, json);
+  runtime.output().result(text, documents::faqListDocument(*list));
   return ExitCode::Success;
 }
 
@@ -112,12 +108,7 @@ ExitCode runLabelFaq(Runtime& runtime, const std::string& labelId) {
   TextResult text;
   text.heading = "label " + labelId;
   answerRows(**outcome.value, text);
-  JsonArray answers;
-  for (const auto& answer : **outcome.value) answers.push_back(queryResultJson(*answer));
-  JsonObject json;
-  json["labelId"] = labelId;
-  json["answers"] = std::move(answers);
-  runtime.output().result(text, json);
+  runtime.output().result(text, documents::labelFaqDocument(labelId, **outcome.value));
   return ExitCode::Success;
 }
 
@@ -144,9 +135,7 @@ ExitCode runLabels(Runtime& runtime) {
       }
     }
   }
-  JsonObject json;
-  json["labels"] = *labels;
-  runtime.output().result(text, json);
+  runtime.output().result(text, documents::labelsDocument(*labels));
   return ExitCode::Success;
 }
 
@@ -194,11 +183,7 @@ ExitCode runLike(Runtime& runtime, const std::string& id, int32_t action, const 
   text.rows.emplace_back("article", like.resultId.value_or(""));
   text.rows.emplace_back("action", std::to_string(like.action));
   text.rows.emplace_back("success", like.success ? "yes" : "no");
-  JsonObject json;
-  json["resultId"] = like.resultId ? Json(*like.resultId) : Json(nullptr);
-  json["action"] = like.action;
-  json["success"] = like.success;
-  runtime.output().result(text, json);
+  runtime.output().result(text, documents::likeDocument(like.resultId, like.action, like.success));
   return like.success ? ExitCode::Success : ExitCode::EngineError;
 }
 

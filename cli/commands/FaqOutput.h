@@ -15,17 +15,14 @@ class QXQueryResult;
 
 namespace quorvix::cli {
 
-/// "#RRGGBB" of a colour.
-std::string colorText(const QXColor& color);
+using documents::colorText;
+using documents::configurationJson;
+using documents::groupJson;
+using documents::queryResultJson;
+
 /// The configuration's titles, colours, texts, switches, FAQ groups and labels.
 TextResult configurationText(const QXConfiguration& configuration);
-/// Every property of the configuration and its components.
-JsonObject configurationJson(const QXConfiguration& configuration);
-/// A FAQ group: title, behavior and its answers.
-JsonObject groupJson(QXFAQGroup& group);
 /// An answer's title, id and body.
 TextResult queryResultText(const QXQueryResult& result);
-/// Every property of an answer.
-JsonObject queryResultJson(const QXQueryResult& result);
 
 }  // namespace quorvix::cli

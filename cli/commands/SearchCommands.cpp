@@ -123,17 +123,10 @@ ExitCode runSuggest(Runtime& runtime, const std::string& text) {
   TextResult human;
   human.heading = std::to_string(suggestions.size()) + (suggestions.size() == 1 ? " suggestion" : " suggestions") +
                   " for \"" + text + "\"";
-  JsonArray styled;
-  JsonArray phrases;
   for (std::size_t i = 0; i < suggestions.size(); ++i) {
     human.rows.emplace_back(std::to_string(i + 1), markedText(suggestions[i], response->font()));
-    styled.push_back(styledTextJson(suggestions[i]));
   }
-  for (const std::string& phrase : response->a()) phrases.push_back(Json(phrase));
-  JsonObject json{{"query", response->query() ? Json(*response->query()) : Json(nullptr)},
-                  {"a", std::move(phrases)},
-                  {"suggestions", std::move(styled)}};
-  runtime.output().result(human, json);
+  runtime.output().result(human, documents::suggestionsDocument(*response, suggestions));
   return ExitCode::Success;
 }
 
@@ -178,7 +171,7 @@ ExitCode runContexts(Runtime& runtime, const std::string& names) {
   if (!outcome.value) return runtime.reportUndelivered(outcome);
   if (reportedError(runtime, *outcome.value)) return ExitCode::EngineError;
   const Json reply = outcome.value->value.value_or(Json(nullptr));
-  runtime.output().result(contextValuesText(names, reply), JsonObject{{"contexts", names}, {"result", reply}});
+  runtime.output().result(contextValuesText(names, reply), documents::contextsDocument(names, reply));
   return ExitCode::Success;
 }
 
@@ -204,7 +197,7 @@ ExitCode runSetContext(Runtime& runtime, const std::string& entry) {
   TextResult text;
   text.rows.emplace_back("context", name + " = " + value);
   text.rows.emplace_back("accepted", "yes");
-  runtime.output().result(text, JsonObject{{"name", name}, {"value", value}, {"success", true}});
+  runtime.output().result(text, documents::changeContextDocument(name, Json(value), true));
   return ExitCode::Success;
 }
 
@@ -240,13 +233,11 @@ ExitCode runChannels(Runtime& runtime, const std::string& articleId, const std::
   if (!channels) return failure;
   TextResult text;
   text.heading = "channels of " + articleId;
-  JsonArray list;
   for (std::size_t i = 0; i < channels->size(); ++i) {
     text.rows.emplace_back(std::to_string(i), channelLine(*(*channels)[i]));
-    list.push_back(channelJson(*(*channels)[i]));
   }
   if (channels->empty()) text.rows.emplace_back("none", "");
-  runtime.output().result(text, JsonObject{{"articleId", articleId}, {"channels", std::move(list)}});
+  runtime.output().result(text, documents::channelsDocument(articleId, *channels));
   return ExitCode::Success;
 }
 
@@ -322,9 +313,7 @@ ExitCode runReport(Runtime& runtime, const std::string& articleId, std::size_t i
   text.heading = escalation ? "escalation reported" : "channel use reported";
   text.rows.emplace_back("article", articleId + " " + article->title().value_or(""));
   text.rows.emplace_back("channel", channelLine(*channel));
-  JsonObject json{{"articleId", articleId},
-                  {"form", escalation ? "escalate" : "report"},
-                  {"channel", channelJson(*channel)}};
+  JsonObject json = documents::reportDocument(articleId, escalation, *channel);
   const ExitCode code = awaitDelivery(runtime, *watch, std::move(text), std::move(json));
   watch->uninstall();
   return code;

@@ -27,22 +27,16 @@ std::size_t utf8Offset(const std::string& text, std::size_t units);
 /// bold font, or in a font other than `regular` when that is known. Trailing
 /// blanks are dropped.
 std::string markedText(const QXStyledText& styled, const std::optional<QXFont>& regular);
-/// {"text": ..., "runs": [{"location", "length", "font": {"family", "pointSize", "bold"}}]}.
-JsonObject styledTextJson(const QXStyledText& styled);
+using documents::channelJson;
+using documents::channelKind;
+using documents::searchAnswerJson;
+using documents::searchResponseJson;
+using documents::styledTextJson;
 
-/// The kind of a channel in words ("phone", "chat", "contact form", "custom URL",
-/// "custom script", "plain").
-std::string channelKind(const QXChanneling& channel);
 /// One line: caption, kind and what the kind carries (number, address, ...).
 std::string channelLine(const QXChanneling& channel);
-/// Every property of a channel, those of its kind included.
-JsonObject channelJson(const QXChanneling& channel);
 
 /// A hit: title as heading; id, body, extra data, context and channels as rows.
 TextResult searchAnswerText(const SearchAnswer& answer, std::size_t rank);
-/// Every property of a hit.
-JsonObject searchAnswerJson(const SearchAnswer& answer);
-/// Every property of a search reply.
-JsonObject searchResponseJson(const QXSearchResponse& response);
 
 }  // namespace quorvix::cli

@@ -42,11 +42,7 @@ ExitCode runSession(Runtime& runtime) {
   text.rows.emplace_back("session", open.sessionId.value_or("(none)"));
   text.rows.emplace_back("keep-alive", open.delay ? "every " + formatSeconds(*open.delay) + " s" : "none");
 
-  JsonObject json;
-  json["sessionId"] = open.sessionId ? Json(*open.sessionId) : Json(nullptr);
-  json["delay"] = open.delay ? jsonNumber(*open.delay) : Json(nullptr);
-
-  runtime.output().result(text, json);
+  runtime.output().result(text, documents::sessionDocument(open.sessionId, open.delay));
   return ExitCode::Success;
 }
 

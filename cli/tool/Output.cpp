@@ -1,8 +1,6 @@
 #include "tool/Output.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstdint>
 #include <cstdio>
 
 #include <boost/json/serialize.hpp>
@@ -34,18 +32,6 @@ std::string formatText(const TextResult& result) {
   return text;
 }
 
-JsonObject errorJson(const QXError& error) {
-  JsonObject userInfo;
-  for (const auto& [key, value] : error.userInfo) userInfo[key] = value;
-  JsonObject body;
-  body["domain"] = error.domain;
-  body["code"] = static_cast<std::int64_t>(error.code);
-  body["userInfo"] = std::move(userInfo);
-  JsonObject document;
-  document["error"] = std::move(body);
-  return document;
-}
-
 std::string formatError(const QXError& error) {
   std::string text = "error: " + error.domain + " " + std::to_string(error.code) + "\n";
   for (const auto& [key, value] : error.userInfo) {
@@ -67,14 +53,6 @@ std::string formatSeconds(double seconds) {
   char buffer[32];
   std::snprintf(buffer, sizeof buffer, "%g", seconds);
   return buffer;
-}
-
-Json jsonNumber(double value) {
-  constexpr double kLargestExact = 9007199254740992.0;  // 2^53
-  if (std::isfinite(value) && std::trunc(value) == value && std::fabs(value) <= kLargestExact) {
-    return static_cast<std::int64_t>(value);
-  }
-  return value;
 }
 
 void Output::result(const TextResult& text, const JsonObject& json) {

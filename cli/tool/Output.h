@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "json/ModelJson.h"
 #include "quorvix/engine/Json.h"
 #include "quorvix/engine/QXError.h"
 #include "tool/Console.h"
@@ -26,7 +27,7 @@ struct TextResult {
 std::string formatText(const TextResult& result);
 
 /// {"error": {"domain": ..., "code": ..., "userInfo": {...}}}
-JsonObject errorJson(const QXError& error);
+using documents::errorJson;
 /// "error: DOMAIN CODE" and then one "  key: value" line per user-information entry.
 std::string formatError(const QXError& error);
 /// A one-line reading of an error for messages: its localized description or
@@ -36,7 +37,7 @@ std::string errorMessage(const QXError& error);
 /// Seconds as people write them: "30", "2.5".
 std::string formatSeconds(double seconds);
 /// A number as JSON: whole numbers as integers (10, not 1E1), others as doubles.
-Json jsonNumber(double value);
+inline Json jsonNumber(double value) { return documents::number(value); }
 
 /// Prints results and errors in the chosen form.
 class Output {

@@ -62,5 +62,10 @@ std::optional<QXError> setServiceHosts(QXServiceHosts hosts);
 std::string storageRoot();
 void setStorageRoot(std::string path);
 
+/// Trusts the certificate authorities of the PEM bundle at `path` instead of
+/// the system store, for requests the default transport sets up from now on;
+/// an empty path restores the system store. Peer and host verification stay on.
+void setCAFile(std::string path);
+
 }  // namespace platform
 }  // namespace quorvix
