@@ -8,6 +8,7 @@ packages=(
   libcurl4-openssl-dev libboost-json1.81-dev libboost-url1.81-dev libre2-dev libssl-dev
   libcpp-httplib-dev libcli11-dev
   googletest libgtest-dev libgmock-dev libbenchmark-dev
+  python3 doxygen
 )
 
 missing=()

@@ -1,7 +1,10 @@
 #!/usr/bin/env bash
 # Builds everything with warnings as errors and runs the whole suite under
 # AddressSanitizer + UndefinedBehaviorSanitizer, then again under
-# ThreadSanitizer. Pass "asan" or "tsan" to run only one of them.
+# ThreadSanitizer; then checks the installed engine from outside the tree
+# (scripts/check-install.sh) and builds the reference with Doxygen, which
+# fails on any undocumented public member. Pass "asan", "tsan", "install" or
+# "docs" to run only one of them.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install-deps.sh
@@ -18,9 +21,17 @@ run() {
   scripts/check-readme.sh "build/$preset/cli/quorvix"
 }
 
+docs() {
+  echo "== docs: doxygen (warnings are errors)"
+  mkdir -p build/doxygen
+  doxygen docs/Doxyfile
+}
+
 case "${1:-all}" in
   asan) run ci ;;
   tsan) run tsan-ci ;;
-  all) run ci; run tsan-ci ;;
-  *) echo "usage: scripts/test.sh [asan|tsan|all]" >&2; exit 2 ;;
+  install) scripts/check-install.sh ;;
+  docs) docs ;;
+  all) run ci; run tsan-ci; scripts/check-install.sh; docs ;;
+  *) echo "usage: scripts/test.sh [asan|tsan|install|docs|all]" >&2; exit 2 ;;
 esac

@@ -30,11 +30,13 @@ class QXChanneling : public QXObject {
   const std::optional<std::string>& channelDescription() const { return channelDescription_; }
   /// The kind code: 1 contact form, 2 custom address, 3 chat, 5 phone, 0 plain or custom script.
   int64_t type() const { return type_; }
+  /// Replaces `type()`.
   void setType(int64_t type) { type_ = type; }
 
  protected:
   /// Reads the kind's own keys and sets its code.
   virtual void read(const JsonObject& params);
+  /// The channel's type code, as the service sends it.
   int64_t type_ = 0;
 
  private:
@@ -45,7 +47,9 @@ class QXChanneling : public QXObject {
 /// A phone number to call (code 5).
 class QXChannelingPhoneNumber : public QXChanneling {
  public:
+  /// The number to call.
   const std::optional<std::string>& phoneNumber() const { return phoneNumber_; }
+  /// Text shown with the number.
   const std::optional<std::string>& customContent() const { return customContent_; }
 
  protected:
@@ -60,17 +64,29 @@ class QXChannelingPhoneNumber : public QXChanneling {
 /// `accountNum` is never filled (both kept for hosts written against them).
 class QXChannelingChatForm : public QXChanneling {
  public:
+  /// The chat provider, as sent.
   const std::optional<Json>& chatProvider() const { return chatProvider_; }
+  /// The provider's account number under the service's own spelling, as sent.
   const std::optional<Json>& accontNum() const { return accontNum_; }
+  /// The provider's account number, as sent.
   const std::optional<Json>& accountNum() const { return accountNum_; }
+  /// How the chat starts, as sent.
   const std::optional<Json>& initialiseStatus() const { return initialiseStatus_; }
+  /// The agent skill to route to, as sent.
   const std::optional<Json>& agentSkill() const { return agentSkill_; }
+  /// The expected wait, as sent.
   const std::optional<Json>& waitTime() const { return waitTime_; }
+  /// The pre-chat form, as sent.
   const std::optional<Json>& preChat() const { return preChat_; }
+  /// The post-chat form, as sent.
   const std::optional<Json>& postChat() const { return postChat_; }
+  /// Whether the "send to email" choice is hidden.
   bool hideSendToEmail() const { return hideSendToEmail_; }
+  /// Whether the chat opens in a popup.
   bool isPopup() const { return isPopup_; }
+  /// The popup size, as sent.
   const std::optional<Json>& popupSize() const { return popupSize_; }
+  /// Every other provider setting, as sent.
   const std::optional<Json>& otherChatProviderValues() const { return otherChatProviderValues_; }
 
  protected:
@@ -86,7 +102,9 @@ class QXChannelingChatForm : public QXChanneling {
 /// A contact form (code 1).
 class QXChannelingContactForm : public QXChanneling {
  public:
+  /// The form's fields, as sent.
   const std::optional<Json>& contactForms() const { return contactForms_; }
+  /// The ticketing system the form feeds, as sent.
   const std::optional<Json>& ticketingInterface() const { return ticketingInterface_; }
   /// As sent (not read as a boolean).
   const std::optional<Json>& showInArticle() const { return showInArticle_; }
@@ -104,8 +122,11 @@ class QXChannelingContactForm : public QXChanneling {
 /// A web address to open (code 2).
 class QXChannelingOpenCustomURL : public QXChanneling {
  public:
+  /// The address to open.
   const std::optional<std::string>& linkUrl() const { return linkUrl_; }
+  /// Where to open it, as the service gives it (for instance "_blank").
   const std::optional<std::string>& linkTarget() const { return linkTarget_; }
+  /// The popup size, as sent.
   const std::optional<Json>& popupSize() const { return popupSize_; }
 
  protected:
@@ -119,6 +140,7 @@ class QXChannelingOpenCustomURL : public QXChanneling {
 /// A script the host runs (code 0, like a plain channel).
 class QXChannelingCustomScript : public QXChanneling {
  public:
+  /// The script to run.
   const std::optional<std::string>& scriptContent() const { return scriptContent_; }
 
  protected:

@@ -18,8 +18,11 @@ namespace quorvix {
 struct QXWebRequest {
   /// The address, as the web view reports it.
   std::string url;
+  /// The HTTP method.
   std::string method = "GET";
+  /// The request's headers, in order.
   std::vector<std::pair<std::string, std::string>> headers;
+  /// The request's body.
   std::string body;
 };
 

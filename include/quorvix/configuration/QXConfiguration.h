@@ -36,9 +36,11 @@ class QXConfiguration : public QXBaseResponse {
 
   /// The whole cnf.json object, kept for later lookups.
   std::optional<JsonObject> params() const;
+  /// Replaces `params()`.
   void setParams(std::optional<JsonObject> params);
   /// The navigation bar's background colour.
   std::optional<QXColor> statusBarColor() const;
+  /// Replaces `statusBarColor()`.
   void setStatusBarColor(std::optional<QXColor> color);
 
   /// The navigation bar (made on first read, as are the other components).
@@ -67,6 +69,7 @@ class QXConfiguration : public QXBaseResponse {
   bool isContextDependent() const;
   /// The FAQ groups to show first (nothing on a configuration not yet inflated).
   std::optional<std::vector<std::shared_ptr<QXFAQGroup>>> faqs() const;
+  /// Replaces `faqs()`.
   void setFaqs(std::optional<std::vector<std::shared_ptr<QXFAQGroup>>> faqs);
   /// Builds one group per dictionary of the array, in order; anything that is
   /// not an array (or nullptr) gives an empty list, and elements that are not
@@ -92,6 +95,7 @@ class QXConfiguration : public QXBaseResponse {
 
   /// The host shows labels instead of FAQ groups; never set by the configuration itself.
   bool useLabels() const;
+  /// Replaces `useLabels()`.
   void setUseLabels(bool useLabels);
 
  private:

@@ -10,8 +10,11 @@ namespace quorvix {
 /// A font: family, point size and whether it is the bold variant. The family
 /// "system" stands for the platform's system font.
 struct QXFont {
+  /// The font family ("system": the platform's system font).
   std::string family = "system";
+  /// The size, in points.
   double pointSize = 12.0;
+  /// Whether this is the bold variant.
   bool bold = false;
 
   /// The regular system font of that size.
@@ -19,6 +22,7 @@ struct QXFont {
   /// The bold system font of that size.
   static QXFont boldSystemFontOfSize(double pointSize) { return QXFont{"system", pointSize, true}; }
 
+  /// Member-wise equality.
   friend bool operator==(const QXFont&, const QXFont&) = default;
 };
 

@@ -33,6 +33,7 @@ class Property : public QXObject {
   const std::optional<std::string>& type() const { return type_; }
   /// Writes "type" into the JSON only; nothing is ignored.
   void setType(const std::optional<std::string>& type);
+  /// The property's value.
   const std::optional<std::string>& value() const { return value_; }
   /// Stores the value and writes "value"; nothing leaves an earlier "value" in the JSON.
   void setValue(std::optional<std::string> value);
@@ -52,6 +53,7 @@ class Property : public QXObject {
   void safeInsert(std::string_view key, const std::optional<Json>& value);
   /// The property's JSON.
   const JsonObject& root() const { return root_; }
+  /// Replaces `root()`.
   void setRoot(JsonObject root) { root_ = std::move(root); }
 
  private:

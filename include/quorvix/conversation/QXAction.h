@@ -17,12 +17,15 @@ class QXAction : public QXObject {
  public:
   /// The placeholder's name (the part of its signature before "(").
   const std::optional<std::string>& actionId() const { return actionId_; }
+  /// Replaces `actionId()`.
   void setActionId(std::optional<std::string> actionId) { actionId_ = std::move(actionId); }
   /// The button label.
   const std::optional<std::string>& text() const { return text_; }
+  /// Replaces `text()`.
   void setText(std::optional<std::string> text) { text_ = std::move(text); }
   /// The placeholder's arguments by key.
   const std::optional<JsonObject>& userInfo() const { return userInfo_; }
+  /// Replaces `userInfo()`.
   void setUserInfo(std::optional<JsonObject> userInfo) { userInfo_ = std::move(userInfo); }
 
   /// "\n actionId:ID\n text:TEXT\n userInfo:{...}", each part only when set.

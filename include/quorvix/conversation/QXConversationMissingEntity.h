@@ -21,9 +21,13 @@ class QXConversationMissingEntity : public QXObject {
   /// Keeps the statement the entities belong to.
   static std::shared_ptr<QXConversationMissingEntity> initWithStatement(std::optional<std::string> statement);
 
+  /// The statement the entities belong to.
   const std::optional<std::string>& statement() const { return statement_; }
+  /// Replaces `statement()`.
   void setStatement(std::optional<std::string> statement) { statement_ = std::move(statement); }
+  /// The entities, in the order they were added.
   const std::vector<std::shared_ptr<QXEntity>>& enteties() const { return enteties_; }
+  /// Replaces `enteties()`.
   void setEnteties(std::vector<std::shared_ptr<QXEntity>> enteties) { enteties_ = std::move(enteties); }
   /// Appends an entity; a null one is ignored.
   void addEntity(const std::shared_ptr<QXEntity>& entity);

@@ -14,6 +14,7 @@ namespace quorvix {
 /// presented as replies made of these).
 class QXConversationPersistentOption : public QXConversationQuickOption {
  public:
+  /// The constructors of a quick option.
   using QXConversationQuickOption::QXConversationQuickOption;
   /// An option over a copy of the dictionary; nothing for an absent one.
   static std::shared_ptr<QXConversationPersistentOption> initWithParams(const JsonObject* params);

@@ -24,12 +24,15 @@ class QXConversationQuickOption : public QXObject {
 
   /// The option's dictionary.
   const JsonObject& params() const { return params_; }
+  /// The option's parameters, to read or change in place.
   JsonObject& params() { return params_; }
+  /// Replaces `params()`.
   void setParams(JsonObject params) { params_ = std::move(params); }
 
   /// `params["text"]` when it is text. `setText` keeps a separate field that
   /// this reader never returns: what is shown always comes from the dictionary.
   std::optional<std::string> text() const;
+  /// Replaces `text()`.
   void setText(std::optional<std::string> text) { text_ = std::move(text); }
   /// `params["postback"]` as sent (usually text: what pressing the option sends).
   std::optional<Json> postback() const;
@@ -38,6 +41,7 @@ class QXConversationQuickOption : public QXObject {
 
   /// A plain stored number.
   int64_t type() const { return type_; }
+  /// Replaces `type()`.
   void setType(int64_t type) { type_ = type; }
 
   /// The kind named by `params["kind"]`: "other" 1, "askAnAgent" 2,
@@ -46,6 +50,7 @@ class QXConversationQuickOption : public QXObject {
   /// 0 for a missing or unknown name (the names are case-sensitive).
   /// `setKind` stores a plain field and does not change what this returns.
   int64_t kind() const;
+  /// Replaces `kind()`.
   void setKind(int64_t kind) { kindField_ = kind; }
 
  private:

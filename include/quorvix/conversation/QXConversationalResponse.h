@@ -27,7 +27,9 @@ namespace quorvix {
 /// A reply is a plain object: use it from one thread at a time.
 class QXConversationalResponse : public QXObject {
  public:
+  /// The reply's actions.
   using ActionList = std::vector<std::shared_ptr<QXAction>>;
+  /// The reply's quick or persistent options.
   using OptionList = std::vector<std::shared_ptr<QXConversationQuickOption>>;
 
   /// An empty reply (`params` is an empty dictionary, not valid).
@@ -44,11 +46,14 @@ class QXConversationalResponse : public QXObject {
 
   /// The reply's dictionary.
   const JsonObject& params() const { return params_; }
+  /// The reply's parameters, to read or change in place.
   JsonObject& params() { return params_; }
+  /// Replaces `params()`.
   void setParams(JsonObject params) { params_ = std::move(params); }
 
   /// The actions added so far.
   std::vector<std::shared_ptr<QXAction>> innerActions() const { return innerActions_.value_or(ActionList{}); }
+  /// Replaces `innerActions()`.
   void setInnerActions(std::vector<std::shared_ptr<QXAction>> actions);
   /// Appends an action; a null one is ignored.
   void addAction(std::shared_ptr<QXAction> action);

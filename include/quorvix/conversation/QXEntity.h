@@ -39,30 +39,38 @@ class QXEntity : public QXObject {
   /// stay empty. Nothing for an absent dictionary.
   static std::shared_ptr<QXEntity> initWithParams(const JsonObject* params);
 
+  /// How sure the bot is of the entity (0-1).
   const std::optional<double>& confidence() const { return confidence_; }
   /// Stores the field and writes "confidence" (nothing is ignored in the JSON).
   void setConfidence(std::optional<double> confidence);
   /// Not written to the JSON.
   const std::optional<int64_t>& statementId() const { return statementId_; }
+  /// Replaces `statementId()`.
   void setStatementId(std::optional<int64_t> statementId) { statementId_ = statementId; }
+  /// The entity type (`EntityTypeNumber`, ...).
   const std::optional<std::string>& type() const { return type_; }
   /// Stores the field and writes "type".
   void setType(std::optional<std::string> type);
+  /// The value, as text.
   const std::optional<std::string>& value() const { return value_; }
   /// Stores the field and writes "value".
   void setValue(std::optional<std::string> value);
+  /// The entity's name within its type.
   const std::optional<std::string>& kind() const { return kind_; }
   /// Stores the field and writes "kind".
   void setKind(std::optional<std::string> kind);
+  /// How long the entity holds (`EntityLifecyclePersistent`, ...).
   const std::optional<std::string>& lifecycle() const { return lifecycle_; }
   /// Stores the field and writes "lifecycle".
   void setLifecycle(std::optional<std::string> lifecycle);
   /// Not written to the JSON.
   bool isPublic() const { return isPublic_; }
+  /// Replaces `isPublic()`.
   void setIsPublic(bool isPublic) { isPublic_ = isPublic; }
 
   /// The properties added so far.
   const std::vector<std::shared_ptr<Property>>& properties() const { return properties_; }
+  /// Replaces `properties()`.
   void setProperties(std::vector<std::shared_ptr<Property>> properties) { properties_ = std::move(properties); }
   /// Appends a property; a null one is ignored. Its JSON is taken when
   /// `inJSON` is called, so later changes to it show.
@@ -70,7 +78,9 @@ class QXEntity : public QXObject {
 
   /// Sets `root[key]` to the value; nothing is ignored (a key once set stays).
   void safeInsert(std::string_view key, const std::optional<Json>& value);
+  /// The entity's JSON form.
   const JsonObject& root() const { return root_; }
+  /// Replaces `root()`.
   void setRoot(JsonObject root) { root_ = std::move(root); }
   /// The whole entity: `root`, with "properties" set to the properties' JSON
   /// when there are any.

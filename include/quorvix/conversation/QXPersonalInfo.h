@@ -29,6 +29,7 @@ class QXPersonalInfo : public QXObject {
 
   /// The text between "{{" and "}}".
   const std::string& signature() const { return signature_; }
+  /// Replaces `signature()`.
   void setSignature(std::string signature) { signature_ = std::move(signature); }
   /// The name of the information asked for: the signature before "(".
   std::string personalInfoId() const;
@@ -37,6 +38,7 @@ class QXPersonalInfo : public QXObject {
 
   /// Set by the engine; the host calls it once with its answer.
   const QXPersonalInfoCallback& personalInfoCallback() const { return personalInfoCallback_; }
+  /// Replaces `personalInfoCallback()`.
   void setPersonalInfoCallback(QXPersonalInfoCallback callback) { personalInfoCallback_ = std::move(callback); }
 
  private:

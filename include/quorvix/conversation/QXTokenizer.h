@@ -33,9 +33,11 @@ class QXTokenizer {
 
   /// The current token number.
   int64_t token() const;
+  /// Replaces `token()`.
   void setToken(int64_t token);
   /// Token text -> the value it stands for; unset until the first token is minted.
   std::optional<std::map<std::string, std::string>> tokens() const;
+  /// Replaces `tokens()`.
   void setTokens(std::optional<std::map<std::string, std::string>> tokens);
 
   /// Masks the "text" of a JSON object's text (runs of 6+ digits become

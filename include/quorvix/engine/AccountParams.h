@@ -21,9 +21,13 @@ class DynamicContext {
   /// gives a and c); anything else leaves both empty. Always gives an object.
   static std::shared_ptr<DynamicContext> initWithContext(const std::string& text);
 
+  /// The context's name.
   const std::string& name() const { return name_; }
+  /// Replaces `name()`.
   void setName(std::string name) { name_ = std::move(name); }
+  /// The context's value.
   const std::string& context() const { return context_; }
+  /// Replaces `context()`.
   void setContext(std::string context) { context_ = std::move(context); }
 
  private:
@@ -39,19 +43,30 @@ class AccountParams {
  public:
   AccountParams() = default;
 
+  /// The account name: a host label.
   const std::optional<std::string>& account() const { return account_; }
+  /// Replaces `account()`.
   void setAccount(std::optional<std::string> v) { account_ = std::move(v); }
+  /// The knowledge base.
   const std::optional<std::string>& knowledgeBase() const { return knowledgeBase_; }
+  /// Replaces `knowledgeBase()`.
   void setKnowledgeBase(std::optional<std::string> v) { knowledgeBase_ = std::move(v); }
+  /// The API key.
   const std::optional<std::string>& apiKey() const { return apiKey_; }
+  /// Replaces `apiKey()`.
   void setApiKey(std::optional<std::string> v) { apiKey_ = std::move(v); }
   /// Optional server name; when non-empty requests go to `server + mainSuffix`
   /// with the path prefix "/~account".
   const std::optional<std::string>& server() const { return server_; }
+  /// Replaces `server()`.
   void setServer(std::optional<std::string> v) { server_ = std::move(v); }
+  /// The label the FAQ is filtered by.
   const std::optional<std::string>& labelId() const { return labelId_; }
+  /// Replaces `labelId()`.
   void setLabelId(std::optional<std::string> v) { labelId_ = std::move(v); }
+  /// Whether every context is mandatory.
   bool allContextsMandatory() const { return allContextsMandatory_; }
+  /// Replaces `allContextsMandatory()`.
   void setAllContextsMandatory(bool v) { allContextsMandatory_ = v; }
 
   /// The effective context: with dynamic contexts, their entries in order (a
@@ -63,11 +78,14 @@ class AccountParams {
 
   /// "mobile" while no referrer is set.
   std::string referrer() const { return referrer_.value_or("mobile"); }
+  /// Replaces `referrer()`.
   void setReferrer(std::optional<std::string> v) { referrer_ = std::move(v); }
 
   /// The dynamic contexts, in the order they were appended.
   std::vector<std::shared_ptr<DynamicContext>>& dynamicContexts() { return dynamicContexts_; }
+  /// The dynamic contexts, in the order they were added.
   const std::vector<std::shared_ptr<DynamicContext>>& dynamicContexts() const { return dynamicContexts_; }
+  /// Replaces `dynamicContexts()`.
   void setDynamicContexts(std::vector<std::shared_ptr<DynamicContext>> v) { dynamicContexts_ = std::move(v); }
   /// Appends one dynamic context (duplicates allowed, order kept).
   void appendDynamicContext(std::shared_ptr<DynamicContext> context);

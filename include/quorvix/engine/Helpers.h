@@ -16,7 +16,11 @@ namespace quorvix {
 
 /// An RGBA colour, each channel in [0, 1].
 struct QXColor {
-  double red = 0, green = 0, blue = 0, alpha = 1;
+  double red = 0;    ///< Red, 0-1.
+  double green = 0;  ///< Green, 0-1.
+  double blue = 0;   ///< Blue, 0-1.
+  double alpha = 1;  ///< Opacity, 0-1.
+  /// Member-wise equality.
   friend bool operator==(const QXColor&, const QXColor&) = default;
 };
 

@@ -20,10 +20,14 @@ namespace quorvix {
 ///   -1103 reply too large, -1202 bad server certificate, -1 unknown).
 /// - "NSCocoaErrorDomain" code 3840: a body that is not valid JSON.
 struct QXError {
+  /// The error domain (see above).
   std::string domain;
+  /// The code within the domain.
   long code = 0;
+  /// What the error says, by key ("Description", "url", ...).
   std::map<std::string, std::string> userInfo;
 
+  /// Member-wise equality.
   friend bool operator==(const QXError&, const QXError&) = default;
 };
 
@@ -33,21 +37,36 @@ std::string describe(const QXError& error);
 
 /// Error domains and codes used across the engine.
 namespace errors {
+/// The service refused.
 inline constexpr const char* kServiceDomain = "com.quorvix";
+/// The engine could not use a reply.
 inline constexpr const char* kEngineDomain = "com.quorvix.engine";
+/// Transport failures.
 inline constexpr const char* kURLDomain = "NSURLErrorDomain";
+/// Bodies that are not valid JSON.
 inline constexpr const char* kJSONDomain = "NSCocoaErrorDomain";
 
+/// An unknown transport failure.
 inline constexpr long kUnknown = -1;
+/// An address that cannot be built.
 inline constexpr long kBadURL = -1000;
+/// No answer in time.
 inline constexpr long kTimedOut = -1001;
+/// An address the transport does not serve.
 inline constexpr long kUnsupportedURL = -1002;
+/// The host name does not resolve.
 inline constexpr long kCannotFindHost = -1003;
+/// The host refused the connection.
 inline constexpr long kCannotConnectToHost = -1004;
+/// The connection dropped.
 inline constexpr long kNetworkConnectionLost = -1005;
+/// No network.
 inline constexpr long kNotConnectedToInternet = -1009;
+/// A reply larger than the engine accepts.
 inline constexpr long kDataLengthExceedsMaximum = -1103;
+/// A certificate the engine does not trust.
 inline constexpr long kServerCertificateUntrusted = -1202;
+/// A body that is not valid JSON.
 inline constexpr long kJSONParseError = 3840;
 
 /// The engine's "reply I cannot use" error: domain "com.quorvix.engine",

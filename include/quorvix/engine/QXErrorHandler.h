@@ -38,11 +38,14 @@ class QXErrorHandler : public std::enable_shared_from_this<QXErrorHandler> {
   void setError(const QXError& error);
   /// Stores the state; `false` queues `didRecover` (also when it was already false).
   void setErrorState(bool state);
+  /// Whether the connection layer is in the error state.
   bool errorState() const;
   /// Always absent: `setError` only raises the state.
   std::optional<QXError> error() const { return std::nullopt; }
 
+  /// The delegate (held weakly).
   std::weak_ptr<QXErrorHandlerDelegate> delegate() const;
+  /// Replaces `delegate()`.
   void setDelegate(std::weak_ptr<QXErrorHandlerDelegate> delegate);
 
  private:

@@ -33,9 +33,11 @@ class QXResponse {
   std::optional<JsonObject> params() const { return std::nullopt; }
   /// The raw body, exactly as received.
   const std::string& cacheParams() const { return cacheParams_; }
+  /// Replaces `cacheParams()`.
   void setCacheParams(std::string body) { cacheParams_ = std::move(body); }
   /// The HTTP status code (0 when there was no HTTP answer).
   int64_t status() const { return status_; }
+  /// Replaces `status()`.
   void setStatus(int64_t status) { status_ = status; }
   /// The typed result chosen by the endpoint (see `setParams`).
   const QXTypedResult& type() const { return type_; }
@@ -49,9 +51,11 @@ class QXResponse {
   const Json* typeJson() const { return std::get_if<Json>(&type_); }
   /// The request's error, if any.
   const std::optional<QXError>& error() const { return error_; }
+  /// Replaces `error()`.
   void setError(std::optional<QXError> error) { error_ = std::move(error); }
   /// Stored only.
   std::weak_ptr<QXConnectionHandler> connectionHandler() const { return connectionHandler_; }
+  /// Replaces `connectionHandler()`.
   void setConnectionHandler(std::weak_ptr<QXConnectionHandler> handler) { connectionHandler_ = std::move(handler); }
 
   /// Builds `type` from a dictionary or an array, chosen by the last path

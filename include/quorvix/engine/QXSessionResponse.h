@@ -13,6 +13,7 @@ namespace quorvix {
 /// A session answer: the session identifier, the keep-alive period and the status.
 class QXSessionResponse : public QXBaseResponse {
  public:
+  /// A session reply read from the service's dictionary; nothing for none.
   static std::shared_ptr<QXSessionResponse> initWithParams(const JsonObject* params) {
     return create<QXSessionResponse>(params);
   }
@@ -22,6 +23,7 @@ class QXSessionResponse : public QXBaseResponse {
   const std::optional<std::string>& sessionId() const { return sessionId_; }
   /// Half the announced "timeout" in seconds: the keep-alive period.
   std::optional<double> timeout() const { return timeout_; }
+  /// Replaces `timeout()`.
   void setTimeout(std::optional<double> timeout) { timeout_ = timeout; }
   /// "status" as it stands.
   const std::optional<Json>& status() const { return status_; }

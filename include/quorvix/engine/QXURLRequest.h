@@ -11,6 +11,7 @@ namespace quorvix {
 /// An HTTP request as the connection layer builds it: method "GET", a
 /// time-out and the client identification header.
 struct QXURLRequest {
+  /// The HTTP method.
   std::string method = "GET";
   /// The absolute URL, already percent-encoded.
   std::string url;

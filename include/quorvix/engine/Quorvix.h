@@ -70,9 +70,13 @@ class Quorvix : public std::enable_shared_from_this<Quorvix> {
 
   // --- members -------------------------------------------------------------
 
+  /// The account the engine is prepared with.
   std::shared_ptr<AccountParams> accountParams() const;
+  /// Replaces `accountParams()`.
   void setAccountParams(std::shared_ptr<AccountParams> params);
+  /// Whether the configuration (and what it names) has arrived.
   bool isPrepared() const;
+  /// Replaces `isPrepared()`.
   void setIsPrepared(bool prepared);
   /// An error handler of this engine, made on first read. Nothing reports to
   /// it: the connection layer reports to `QXErrorHandler::shared()`.
@@ -80,36 +84,48 @@ class Quorvix : public std::enable_shared_from_this<Quorvix> {
   /// The installed transport, or a new `QXDefaultConnectionHandler` on every
   /// read when none is installed.
   std::shared_ptr<QXConnectionHandler> connectionHandler() const;
+  /// Replaces `connectionHandler()`.
   void setConnectionHandler(std::shared_ptr<QXConnectionHandler> handler);
   /// Stored only.
   std::weak_ptr<QXChatEngineDelegate> delegate() const;
+  /// Replaces `delegate()`.
   void setDelegate(std::weak_ptr<QXChatEngineDelegate> delegate);
   /// Receives the conversation's questions for the host.
   std::weak_ptr<QXChatEngineDelegate> chatDelegate() const;
+  /// Replaces `chatDelegate()`.
   void setChatDelegate(std::weak_ptr<QXChatEngineDelegate> delegate);
 
+  /// The open session's id, or nothing.
   std::optional<std::string> sessionId() const;
+  /// Replaces `sessionId()`.
   void setSessionId(std::optional<std::string> sessionId);
   /// The keep-alive period in seconds.
   std::optional<double> delay() const;
+  /// Replaces `delay()`.
   void setDelay(std::optional<double> delay);
   /// The last session-start error; never cleared by a later success.
   std::optional<QXError> sessionError() const;
+  /// Replaces `sessionError()`.
   void setSessionError(std::optional<QXError> error);
   /// Made on first read; no operation fills it.
   JsonArray waitingAPICalls();
+  /// Replaces `waitingAPICalls()`.
   void setWaitingAPICalls(JsonArray calls);
   /// Stored only.
   JsonObject requestParams() const;
+  /// Replaces `requestParams()`.
   void setRequestParams(JsonObject params);
   /// Stored only.
   std::function<void()> faqCompletion() const;
+  /// Replaces `faqCompletion()`.
   void setFaqCompletion(std::function<void()> completion);
   /// Stored only.
   std::optional<std::string> knowledgeBase() const;
+  /// Replaces `knowledgeBase()`.
   void setKnowledgeBase(std::optional<std::string> knowledgeBase);
   /// The current conversation.
   std::optional<std::string> conversationId() const;
+  /// Replaces `conversationId()`.
   void setConversationId(std::optional<std::string> conversationId);
 
   // --- search, contexts, channels (src/search/QuorvixSearch.cpp, src/channeling/QuorvixChanneling.cpp)
@@ -121,6 +137,7 @@ class Quorvix : public std::enable_shared_from_this<Quorvix> {
   void searchText(std::optional<std::string> text, SearchCompletion completion);
   /// The search cache; made (and from then on used by `searchText`) on first read.
   SearchCache cachedSearches();
+  /// Replaces `cachedSearches()`.
   void setCachedSearches(SearchCache cache);
   /// Suggestions for a typed text ("autoComplete" with "text" and "stemming"
   /// inside the session). Every reply with a result is cached by its text; a
@@ -128,6 +145,7 @@ class Quorvix : public std::enable_shared_from_this<Quorvix> {
   void suggestionsForText(std::optional<std::string> text, SuggestionCompletion completion);
   /// The suggestion cache (made on first read).
   SuggestionCache cachedSuggestions();
+  /// Replaces `cachedSuggestions()`.
   void setCachedSuggestions(SuggestionCache cache);
   /// Lists the values of the named contexts ("contextvalues.js" inside the
   /// session); the result is the whole reply.
@@ -151,6 +169,7 @@ class Quorvix : public std::enable_shared_from_this<Quorvix> {
   /// The widget configuration; an empty one is made (and kept) on first read
   /// when none has arrived.
   std::shared_ptr<QXConfiguration> configuration();
+  /// Replaces `configuration()`.
   void setConfiguration(std::shared_ptr<QXConfiguration> configuration);
   /// The stored configuration callback, waiting for the fetch under way.
   QXConfigurationCompletion fetchConfiguration() const;

@@ -12,9 +12,12 @@ namespace quorvix {
 /// One query item. A value that is absent is written as the bare name ("name"),
 /// an empty value as "name=".
 struct QueryItem {
+  /// The item's name.
   std::string name;
+  /// The item's value; nothing for a name alone.
   std::optional<std::string> value;
 
+  /// Member-wise equality.
   friend bool operator==(const QueryItem&, const QueryItem&) = default;
 };
 
@@ -29,19 +32,26 @@ class URLComponents {
   /// Parses an absolute URL; nothing when it has no scheme or cannot be read.
   static std::optional<URLComponents> parse(std::string_view url);
 
+  /// The scheme ("https").
   const std::string& scheme() const { return scheme_; }
+  /// Replaces `scheme()`.
   void setScheme(std::string scheme) { scheme_ = std::move(scheme); }
+  /// The host name.
   const std::string& host() const { return host_; }
+  /// Replaces `host()`.
   void setHost(std::string host) { host_ = std::move(host); }
   /// The port, when one is written in the URL.
   std::optional<int> port() const { return port_; }
+  /// Replaces `port()`.
   void setPort(std::optional<int> port) { port_ = port; }
   /// The decoded path; empty or starting with "/".
   const std::string& path() const { return path_; }
+  /// Replaces `path()`.
   void setPath(std::string path) { path_ = std::move(path); }
   /// Appends a path piece as it stands ("/api/widget/v1/q.js").
   void appendPath(std::string_view piece) { path_.append(piece); }
 
+  /// The query items, in order.
   const std::vector<QueryItem>& queryItems() const { return queryItems_; }
   /// Replaces every query item.
   void setQueryItems(std::vector<QueryItem> items) { queryItems_ = std::move(items); }

@@ -35,6 +35,7 @@ class QXCacheManager {
 
   /// An instance value the class operations do not use.
   const std::optional<std::string>& instanceCachePath() const { return cachePath_; }
+  /// Replaces `cachePath()`.
   void setCachePath(std::optional<std::string> path) { cachePath_ = std::move(path); }
 
  private:

@@ -49,9 +49,11 @@ class QXFAQGroup : public QXBaseResponse {
   /// option {"text": answer title, "kind": "inlineChoice", "type": "url"} per
   /// answer, in order. Built on first read, and again after `setParse(nullptr)`.
   std::shared_ptr<QXConversationalResponse> parse();
+  /// Replaces the reply `parse()` returns; nullptr has it built again on the next read.
   void setParse(std::shared_ptr<QXConversationalResponse> response);
 
  protected:
+  /// Guards the group's state.
   mutable std::mutex mutex_;
 
  private:

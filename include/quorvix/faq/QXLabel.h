@@ -25,6 +25,7 @@ class QXLabel : public QXFAQGroup {
 
   /// "id" (text; a number is written in decimal).
   std::optional<std::string> labelId() const;
+  /// Replaces `labelId()`.
   void setLabelId(std::optional<std::string> labelId);
   /// "context".
   std::optional<std::string> context() const;
@@ -34,6 +35,7 @@ class QXLabel : public QXFAQGroup {
   std::optional<std::string> iconUrl() const;
   /// Never filled by the engine: for the host to keep a downloaded icon.
   std::optional<std::string> iconData() const;
+  /// Replaces `iconData()`.
   void setIconData(std::optional<std::string> bytes);
 
  private:

@@ -15,6 +15,7 @@ class QXLikeStateHandler {
  public:
   /// Every vote kept, by result identifier (made empty on first read).
   std::map<std::string, bool> likeStates();
+  /// Replaces `likeStates()`.
   void setLikeStates(std::map<std::string, bool> states);
   /// Keeps `state` for the result, replacing an earlier vote.
   void updateLikeState(bool state, std::string ForId);

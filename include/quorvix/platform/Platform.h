@@ -37,10 +37,12 @@ struct QXHostInfo {
 /// Process-wide platform seams.
 namespace platform {
 
+/// The installed main executor (the default one when none is installed).
 std::shared_ptr<MainExecutor> mainExecutor();
 /// Installs the main executor; nullptr restores the default.
 void setMainExecutor(std::shared_ptr<MainExecutor> executor);
 
+/// The installed scheduler (the default one when none is installed).
 std::shared_ptr<Scheduler> scheduler();
 /// Installs the scheduler; nullptr restores the default.
 void setScheduler(std::shared_ptr<Scheduler> scheduler);
@@ -50,9 +52,12 @@ void setLogSink(LogSink sink);
 /// Sends one line to the log sink, secrets redacted.
 void log(std::string_view line);
 
+/// What the engine reports about the host application.
 QXHostInfo hostInfo();
+/// Replaces `hostInfo()`.
 void setHostInfo(QXHostInfo info);
 
+/// The service hosts in use.
 QXServiceHosts serviceHosts();
 /// Installs the service hosts; refused (and nothing changed) when they fail
 /// `QXServiceHosts::validate`.
@@ -60,6 +65,7 @@ std::optional<QXError> setServiceHosts(QXServiceHosts hosts);
 
 /// The folder under which the answer store's "/QuorvixFolder" lives.
 std::string storageRoot();
+/// Replaces `storageRoot()`.
 void setStorageRoot(std::string path);
 
 /// Trusts the certificate authorities of the PEM bundle at `path` instead of

@@ -17,10 +17,15 @@ namespace quorvix {
 /// accepted only when every host is a loopback host (`localhost`,
 /// `*.localhost`, `127.0.0.1`, `::1`), for development and tests.
 struct QXServiceHosts {
+  /// "https", or "http" for loopback hosts.
   std::string scheme = "https";
+  /// Appended to a server name.
   std::string mainSuffix = ".quorvix.com";
+  /// Appended to an account name.
   std::string secondSuffix = ".quorvix.net";
+  /// The host of the configuration and static FAQ files.
   std::string fixedHost = "cdn.quorvix.com";
+  /// The port, when not the scheme's.
   std::optional<int> port;
 
   /// Hosts for "https://HOST[:PORT]" or "http://LOOPBACK:PORT" (localhost, *.localhost, 127.0.0.1, [::1]): fixed host
@@ -31,6 +36,7 @@ struct QXServiceHosts {
   /// Nothing when these hosts may be used; otherwise why not.
   std::optional<QXError> validate() const;
 
+  /// Member-wise equality.
   friend bool operator==(const QXServiceHosts&, const QXServiceHosts&) = default;
 };
 

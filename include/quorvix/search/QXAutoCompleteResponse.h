@@ -21,6 +21,7 @@ class QXAutoCompleteConfiguration;
 /// that is ignored; a piece ending in "*" marks its word for emphasis.
 class QXAutoCompleteResponse : public QXBaseResponse {
  public:
+  /// A reply read from the service's dictionary; nothing for none.
   static std::shared_ptr<QXAutoCompleteResponse> initWithParams(const JsonObject* params) {
     return create<QXAutoCompleteResponse>(params);
   }

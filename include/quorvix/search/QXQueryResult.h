@@ -21,9 +21,11 @@ class QXQueryResultBody : public QXObject {
 
   /// The body without the extra-data mark-up.
   const std::optional<std::string>& articleBody() const { return articleBody_; }
+  /// Replaces `articleBody()`.
   void setArticleBody(std::optional<std::string> body) { articleBody_ = std::move(body); }
   /// The extra data the body carried, if any (normally a dictionary).
   const std::optional<Json>& extraData() const { return extraData_; }
+  /// Replaces `extraData()`.
   void setExtraData(std::optional<Json> data) { extraData_ = std::move(data); }
 
  private:
@@ -35,32 +37,45 @@ class QXQueryResultBody : public QXObject {
 /// engine reads them when it sends feedback or asks for channels.
 class QXQueryResult : public QXBaseResponse {
  public:
+  /// A result read from the service's dictionary; nothing for none.
   static std::shared_ptr<QXQueryResult> initWithParams(const JsonObject* params) { return create<QXQueryResult>(params); }
   void inflate(const JsonObject& params) override;
 
+  /// The article's id.
   const std::optional<std::string>& resultId() const { return resultId_; }
+  /// Replaces `resultId()`.
   void setResultId(std::optional<std::string> id) { resultId_ = std::move(id); }
+  /// The article's title.
   const std::optional<std::string>& title() const { return title_; }
+  /// Replaces `title()`.
   void setTitle(std::optional<std::string> title) { title_ = std::move(title); }
+  /// The body, split into its text and its extra data.
   const std::shared_ptr<QXQueryResultBody>& body() const { return body_; }
+  /// Replaces `body()`.
   void setBody(std::shared_ptr<QXQueryResultBody> body) { body_ = std::move(body); }
   /// Replaces `body` with the split of `text`.
   void updteBody(const std::optional<std::string>& text) { body_ = QXQueryResultBody::initWithBody(text); }
+  /// The like count, as sent.
   const std::optional<std::string>& likes() const { return likes_; }
+  /// The keyword set that matched.
   const std::optional<std::string>& keywordsetId() const { return keywordsetId_; }
   /// The service's hash of title and body ("titleAndBodyHash").
   const std::optional<std::string>& hash() const { return hash_; }
   /// The article's escalation channels ("rechanneling"); empty when it has none.
   const std::vector<std::shared_ptr<QXChanneling>>& channeling() const { return channeling_; }
+  /// Replaces `channeling()`.
   void setChanneling(std::vector<std::shared_ptr<QXChanneling>> channels) { channeling_ = std::move(channels); }
   /// Replaces `channeling` with the channels of a list of descriptions.
   void setChannels(const Json* list) { channeling_ = QXChanneling::listWithParams(list); }
+  /// Whether the hit only asks the user to pick a context.
   bool isContextSelectionOnly() const { return isContextSelectionOnly_; }
   /// 0 none, 1 liked, 2 disliked: written by the host.
   int32_t likeState() const { return likeState_; }
+  /// Replaces `likeState()`.
   void setLikeState(int32_t state) { likeState_ = state; }
   /// The user's reason for a dislike: written by the host.
   const std::optional<std::string>& dislikeText() const { return dislikeText_; }
+  /// Replaces `dislikeText()`.
   void setDislikeText(std::optional<std::string> text) { dislikeText_ = std::move(text); }
 
  private:

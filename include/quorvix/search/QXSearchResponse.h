@@ -19,20 +19,27 @@ namespace quorvix {
 /// Answers the context questions of its hits from its `context`.
 class QXSearchResponse : public QXBaseResponse, public ContextValueHandler {
  public:
+  /// A reply read from the service's dictionary; nothing for none.
   static std::shared_ptr<QXSearchResponse> initWithParams(const JsonObject* params) {
     return create<QXSearchResponse>(params);
   }
   void inflate(const JsonObject& params) override;
 
+  /// The hits, best first.
   const std::vector<std::shared_ptr<SearchAnswer>>& answerList() const { return answerList_; }
   /// Builds the hits from a list of answer dictionaries.
   void setAnswers(const Json* answers);
+  /// The context the hits ask the user to pick, or nothing.
   const std::shared_ptr<SearchContext>& context() const { return context_; }
+  /// The service's request id, as sent.
   const std::optional<Json>& requestId() const { return requestId_; }
+  /// The knowledge base's language.
   const std::optional<std::string>& kbLanguageCode() const { return kbLanguageCode_; }
+  /// The language the service detected in the query.
   const std::optional<std::string>& detectedLanguage() const { return detectedLanguage_; }
   /// The whole reply.
   const JsonObject& params() const { return params_; }
+  /// Replaces `params()`.
   void setParams(JsonObject params) { params_ = std::move(params); }
   /// The reply's "rechanneling" as channels; absent when the reply had none.
   std::optional<std::vector<std::shared_ptr<QXChanneling>>> channels() const;

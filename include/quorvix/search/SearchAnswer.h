@@ -16,6 +16,7 @@ namespace quorvix {
 /// from "id", and the context values it applies under.
 class SearchAnswer : public QXQueryResult {
  public:
+  /// A hit read from the service's dictionary; nothing for none.
   static std::shared_ptr<SearchAnswer> initWithParams(const JsonObject* params) { return create<SearchAnswer>(params); }
   void inflate(const JsonObject& params) override;
 
@@ -28,11 +29,13 @@ class SearchAnswer : public QXQueryResult {
   /// Resolves identifiers: the search reply's context, for hits that are
   /// context-selection-only.
   std::shared_ptr<ContextValueHandler> contextValueHandler() const { return contextValueHandler_; }
+  /// Replaces `contextValueHandler()`.
   void setContextValueHandler(std::shared_ptr<ContextValueHandler> handler) { contextValueHandler_ = std::move(handler); }
   /// Never filled by the engine.
   std::shared_ptr<SearchContextValue> searchContext() const { return nullptr; }
   /// The host's own index into the context choices.
   int32_t currentContextIndex() const { return currentContextIndex_; }
+  /// Replaces `currentContextIndex()`.
   void setCurrentContextIndex(int32_t index) { currentContextIndex_ = index; }
 
  private:

@@ -15,15 +15,19 @@ namespace quorvix {
 /// One value of a context.
 class SearchContextValue : public QXBaseResponse {
  public:
+  /// A value read from the service's dictionary; nothing for none.
   static std::shared_ptr<SearchContextValue> initWithParams(const JsonObject* params) {
     return create<SearchContextValue>(params);
   }
   void inflate(const JsonObject& params) override;
 
+  /// The value's name.
   const std::optional<std::string>& name() const { return name_; }
+  /// The value's flags, as sent.
   int64_t flags() const { return flags_; }
   /// As sent (a number or a text).
   const std::optional<Json>& id() const { return id_; }
+  /// The text that asks the user to pick this value.
   const std::optional<std::string>& selectionText() const { return selectionText_; }
 
  private:
@@ -46,11 +50,15 @@ class ContextValueHandler {
 /// The context part of a search reply.
 class SearchContext : public QXBaseResponse, public ContextValueHandler {
  public:
+  /// A context read from the service's dictionary; nothing for none.
   static std::shared_ptr<SearchContext> initWithParams(const JsonObject* params) { return create<SearchContext>(params); }
   void inflate(const JsonObject& params) override;
 
+  /// The context's version, as sent.
   int64_t v() const { return v_; }
+  /// The order of the values, as sent.
   const std::optional<Json>& order() const { return order_; }
+  /// The values, in order.
   const std::vector<std::shared_ptr<SearchContextValue>>& values() const { return values_; }
   std::optional<std::string> multipleContext() const override { return multipleContext_; }
   std::shared_ptr<SearchContextValue> contextForId(const Json& identifier) const override;
