@@ -1,6 +1,8 @@
 /* A C host: the C API (libquorvix.so) searches, reads an answer and talks to
  * the bot. Results arrive as JSON documents on the engine's executor thread.
  *   cc host.c $(pkg-config --cflags --libs quorvix) -o host && ./host http://localhost:8080 */
+#define _POSIX_C_SOURCE 200809L
+
 #include <pthread.h>
 #include <stdio.h>
 #include <stdlib.h>

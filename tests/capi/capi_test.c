@@ -1,6 +1,8 @@
 /* The C API from C: compiled as C11 with warnings as errors and run against
  * the sandbox service, whose base URL is the first argument
  * (http://localhost:PORT). Exits 0 when every check holds. */
+#define _POSIX_C_SOURCE 200809L
+
 #include <pthread.h>
 #include <stdio.h>
 #include <stdlib.h>
