@@ -60,6 +60,12 @@ class KnowledgeBase(unittest.TestCase):
         self.assertEqual((invalid.exception.domain, invalid.exception.code),
                          (quorvix.ERROR_DOMAIN, quorvix.INVALID_ARGUMENT))
         self.assertIn("JSON object", invalid.exception.user_info["Description"])
+        with quorvix.Engine(account="acme", knowledge_base="no-such-kb", timeout=10) as unknown:
+            with self.assertRaises(quorvix.QuorvixError) as dropped:
+                unknown.search("router")
+        self.assertEqual(dropped.exception.code, quorvix.ABANDONED)
+        self.assertEqual((dropped.exception.user_info["reasonDomain"], dropped.exception.user_info["reasonCode"]),
+                         ("com.quorvix", "404"))
         with self.assertRaises(quorvix.QuorvixError) as missing:
             self.engine.report_channel("1004", 0)
         self.assertEqual(missing.exception.code, quorvix.NOT_FOUND)
