@@ -1,0 +1,61 @@
+import Foundation
+
+/// A JSON value kept as the service sent it (extra data, postbacks, context
+/// selections, chat-provider fields, ...).
+public enum JSONValue: Codable, Sendable, Equatable {
+    /// `null`.
+    case null
+    /// `true` or `false`.
+    case bool(Bool)
+    /// A number.
+    case number(Double)
+    /// A string.
+    case string(String)
+    /// An array.
+    case array([JSONValue])
+    /// An object.
+    case object([String: JSONValue])
+
+    /// Decodes any JSON value.
+    public init(from decoder: Decoder) throws {
+        let container = try decoder.singleValueContainer()
+        if container.decodeNil() {
+            self = .null
+        } else if let value = try? container.decode(Bool.self) {
+            self = .bool(value)
+        } else if let value = try? container.decode(Double.self) {
+            self = .number(value)
+        } else if let value = try? container.decode(String.self) {
+            self = .string(value)
+        } else if let value = try? container.decode([JSONValue].self) {
+            self = .array(value)
+        } else {
+            self = .object(try container.decode([String: JSONValue].self))
+        }
+    }
+
+    /// Encodes the value as it is.
+    public func encode(to encoder: Encoder) throws {
+        var container = encoder.singleValueContainer()
+        switch self {
+        case .null: try container.encodeNil()
+        case .bool(let value): try container.encode(value)
+        case .number(let value): try container.encode(value)
+        case .string(let value): try container.encode(value)
+        case .array(let value): try container.encode(value)
+        case .object(let value): try container.encode(value)
+        }
+    }
+
+    /// The member of an object, nil for anything else.
+    public subscript(key: String) -> JSONValue? {
+        if case .object(let members) = self { return members[key] }
+        return nil
+    }
+
+    /// The text of a string, nil for anything else.
+    public var stringValue: String? {
+        if case .string(let value) = self { return value }
+        return nil
+    }
+}
