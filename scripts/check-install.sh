@@ -15,11 +15,7 @@ build=build/install-check
 step() { echo "== install check: $*"; }
 
 step "build the release engine, the C library and the tools"
-cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=Release -DQUORVIX_BUILD_TESTS=OFF -DQUORVIX_BUILD_BENCH=OFF \
-  -DQUORVIX_BUILD_EXAMPLES=OFF -DCMAKE_INSTALL_PREFIX="$prefix" >/dev/null
-cmake --build "$build" -j "$jobs" >"$work/build.log" 2>&1 || { tail -40 "$work/build.log"; exit 1; }
-cmake --install "$build" >/dev/null
-libdir=$(dirname "$(find "$prefix" -name 'libquorvix.so' | head -1)")
+libdir=$(scripts/install-engine.sh "$prefix" "$build")
 
 step "only the C API leaves libquorvix.so"
 exported=$(nm -D --defined-only "$libdir/libquorvix.so" | awk '$2 ~ /^[TDBRVW]$/ {print $3}')
