@@ -1,9 +1,10 @@
 import Foundation
 import Quorvix
-import XCTest
+import Testing
 
 /// A host's chat delegate that records the questions it was asked.
 private final class RecordingDelegate: ChatDelegate, @unchecked Sendable {
+    // Guarded by `lock`.
     private let lock = NSLock()
     private var asked: [[String]] = []
     private var personal: [String] = []
@@ -23,34 +24,35 @@ private final class RecordingDelegate: ChatDelegate, @unchecked Sendable {
     }
 }
 
-final class ConversationTests: XCTestCase {
-    func testARoundWithAMissingEntityPersonalInformationAndAMaskedNumber() async throws {
-        try Sandbox.use()
-        let engine = try Engine(account: Sandbox.account)
-        let delegate = RecordingDelegate()
-        engine.setChatDelegate(delegate)
+extension QuorvixTests {
+    @Suite struct Conversation {
+        @Test func aRoundWithAMissingEntityPersonalInformationAndAMaskedNumber() async throws {
+            try Sandbox.use()
+            let engine = try Engine(account: Sandbox.account)
+            let delegate = RecordingDelegate()
+            engine.setChatDelegate(delegate)
 
-        let conversation = try await engine.createConversation()
-        XCTAssertFalse(conversation.isEmpty)
+            let conversation = try await engine.createConversation()
+            #expect(!conversation.isEmpty)
 
-        let greeting = try await engine.say("hi")
-        XCTAssertEqual(greeting?.quickOptions.first?.postback, "transfer")
+            let greeting = try await engine.say("hi")
+            #expect(greeting?.quickOptions.first?.postback == "transfer")
 
-        let transfer = try await engine.say("transfer")
-        XCTAssertEqual(delegate.entityQuestions, [["number", "date"]])
-        XCTAssertEqual(transfer?.text?.hasPrefix("Done: 250 will be transferred on 2026-12-01"), true,
-                       transfer?.text ?? "no reply")
+            let transfer = try await engine.say("transfer")
+            #expect(delegate.entityQuestions == [["number", "date"]])
+            #expect(transfer?.text?.hasPrefix("Done: 250 will be transferred on 2026-12-01") == true,
+                    "\(transfer?.text ?? "no reply")")
 
-        let balance = try await engine.say("balance")
-        XCTAssertEqual(delegate.personalQuestions, ["accountBalance"])
-        XCTAssertEqual(balance?.text?.contains("1,234.56 EUR"), true, balance?.text ?? "no reply")
+            let balance = try await engine.say("balance")
+            #expect(delegate.personalQuestions == ["accountBalance"])
+            #expect(balance?.text?.contains("1,234.56 EUR") == true, "\(balance?.text ?? "no reply")")
 
-        // The card and account numbers never reach the host; the reply is JSON text.
-        let cardReply = try await engine.say("card")
-        let card = try XCTUnwrap(cardReply)
-        let shown = try XCTUnwrap(card.displayText)
-        XCTAssertTrue(shown.hasPrefix("Your card "), shown)
-        XCTAssertFalse(shown.contains("4111111111111111"), shown)
-        XCTAssertFalse(shown.contains("99887766554"), shown)
+            // The card and account numbers never reach the host; the reply is JSON text.
+            let card = try #require(try await engine.say("card"))
+            let shown = try #require(card.displayText)
+            #expect(shown.hasPrefix("Your card "), "\(shown)")
+            #expect(!shown.contains("4111111111111111"), "\(shown)")
+            #expect(!shown.contains("99887766554"), "\(shown)")
+        }
     }
 }

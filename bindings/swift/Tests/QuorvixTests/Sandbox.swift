@@ -1,5 +1,6 @@
 import Foundation
 import Quorvix
+import Testing
 
 /// The sandbox service on a free loopback port, started once for the whole
 /// test run and stopped when the process ends. Its executable is
@@ -74,3 +75,7 @@ struct SandboxFailure: Error, CustomStringConvertible {
     let reason: String
     var description: String { reason }
 }
+
+/// Every suite runs one test at a time: the service address is process-wide
+/// and the error tests point it elsewhere for a while.
+@Suite(.serialized) struct QuorvixTests {}
