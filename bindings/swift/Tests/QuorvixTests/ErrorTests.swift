@@ -41,6 +41,8 @@ extension QuorvixTests {
             let refused = await #expect(throws: QuorvixError.self) { try await engine.answer("1004") }
             #expect(refused?.domain == "com.quorvix")
             #expect(refused?.code == 0)
+            // The request that failed reaches the host's log handler.
+            #expect(Sandbox.log.all.contains { $0.contains("answer.js?id=1004") })
             // A search needs a session, which cannot start: dropped, with the session's reason.
             let dropped = await #expect(throws: QuorvixError.self) { try await engine.search("router") }
             #expect(dropped?.domain == QuorvixError.bindingDomain)

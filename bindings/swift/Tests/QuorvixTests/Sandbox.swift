@@ -14,6 +14,7 @@ enum Sandbox {
         let base = try service.get()
         try Quorvix.setService(base)
         Quorvix.setStorageRoot(storage)
+        Quorvix.setLogHandler { line in log.append(line) }
     }
 
     /// The demo account the sandbox knows.
@@ -25,6 +26,9 @@ enum Sandbox {
         try? FileManager.default.createDirectory(at: folder, withIntermediateDirectories: true)
         return folder.path
     }()
+
+    /// The engine's log lines, kept out of the test output.
+    static let log = LogLines()
 
     private nonisolated(unsafe) static var process: Process?
 
@@ -68,6 +72,16 @@ enum Sandbox {
         }
         return .success("http://localhost" + text[colon..<match.upperBound])
     }
+}
+
+/// Log lines collected from any thread.
+final class LogLines: @unchecked Sendable {
+    // Guarded by `lock`.
+    private let lock = NSLock()
+    private var lines: [String] = []
+
+    func append(_ line: String) { lock.withLock { lines.append(line) } }
+    var all: [String] { lock.withLock { lines } }
 }
 
 /// Why the tests have no sandbox.
