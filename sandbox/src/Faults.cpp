@@ -45,21 +45,16 @@ void oversized(httplib::Response& response) {
   response.set_content_provider(
       Faults::kOversizedBytes, std::string(kJsonContentType),
       [](std::size_t offset, std::size_t length, httplib::DataSink& sink) {
-        static const std::array<char, 64 * 1024> padding = [] {
-          std::array<char, 64 * 1024> filled{};
-          filled.fill('x');
-          return filled;
-        }();
         std::array<char, 64 * 1024> chunk{};
         const std::size_t count = std::min(length, chunk.size());
-        std::copy_n(padding.begin(), count, chunk.begin());
-        for (std::size_t i = 0; i < count; ++i) {
-          const std::size_t at = offset + i;
-          if (at < kHead.size()) {
-            chunk[i] = kHead[at];
-          } else if (at >= Faults::kOversizedBytes - kTail.size()) {
-            chunk[i] = kTail[at - (Faults::kOversizedBytes - kTail.size())];
-          }
+        std::fill_n(chunk.begin(), count, 'x');
+        // Only the first and the last chunk hold more than padding.
+        for (std::size_t at = offset; at < std::min(offset + count, kHead.size()); ++at) {
+          chunk[at - offset] = kHead[at];
+        }
+        const std::size_t tailStart = Faults::kOversizedBytes - kTail.size();
+        for (std::size_t at = std::max(offset, tailStart); at < offset + count; ++at) {
+          chunk[at - offset] = kTail[at - tailStart];
         }
         return sink.write(chunk.data(), count);
       });
