@@ -27,6 +27,8 @@ class AnsweringHost : public QXChatEngineDelegate {
   std::string_view answers;
   std::size_t asked = 0;
 
+  void shouldHandleMissingEntities(std::shared_ptr<QXConversationalResponse>, QXMissingEntitiesHandler) override {}
+
   bool shouldHandlePersonalInformation(std::shared_ptr<QXPersonalInfo> info) override {
     (void)info->personalInfoId();
     (void)info->methodArgs();

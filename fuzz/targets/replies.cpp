@@ -32,8 +32,10 @@ constexpr std::string_view kEndpoints[] = {
 
 void readResult(const std::shared_ptr<QXQueryResult>& result) {
   if (!result) return;
-  (void)result->articleBody();
-  (void)result->extraData();
+  if (const auto& body = result->body()) {
+    (void)body->articleBody();
+    (void)body->extraData();
+  }
   (void)result->likeState();
   fuzz::each(result->channeling(), [](const auto& channel) { (void)channel->type(); });
 }

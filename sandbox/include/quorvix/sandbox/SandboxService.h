@@ -72,8 +72,8 @@ struct SandboxOptions {
   double sessionTimeoutSeconds = 600;
   /// PEM files of the certificate (chain) and its private key: when both are
   /// set the service speaks HTTPS only.
-  std::string tlsCertificateFile;
-  std::string tlsKeyFile;
+  std::string tlsCertificateFile{};
+  std::string tlsKeyFile{};
 };
 
 /// The sandbox service. Thread-safe; stops in its destructor.
