@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 
 namespace quorvix::sandbox {
@@ -40,10 +41,37 @@ void describe(const sockaddr_storage& address, std::string& ip, int& port) {
   ip = text;
 }
 
+thread_local ConnectionStream* currentStream = nullptr;
+
 }  // namespace
 
-ConnectionStream::ConnectionStream(socket_t sock, int readTimeoutMs, int writeTimeoutMs)
-    : sock_(sock), readTimeoutMs_(readTimeoutMs), writeTimeoutMs_(writeTimeoutMs) {}
+ConnectionStream::ConnectionStream(socket_t sock, int readTimeoutMs, int writeTimeoutMs, int wakeFd)
+    : sock_(sock), readTimeoutMs_(readTimeoutMs), writeTimeoutMs_(writeTimeoutMs), wakeFd_(wakeFd) {}
+
+ConnectionStream* ConnectionStream::current() { return currentStream; }
+
+ConnectionStream::Current::Current(ConnectionStream& stream) { currentStream = &stream; }
+
+ConnectionStream::Current::~Current() { currentStream = nullptr; }
+
+void ConnectionStream::stall(int timeoutMs) const {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+  pollfd entries[2] = {{sock_, POLLRDHUP, 0}, {wakeFd_, POLLIN, 0}};
+  for (;;) {
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    if (left.count() <= 0) {
+      return;
+    }
+    const int ready = ::poll(entries, wakeFd_ < 0 ? 1 : 2, static_cast<int>(left.count()));
+    if (ready < 0 && errno == EINTR) {
+      continue;
+    }
+    // The client hung up, the server is stopping, or the time is up.
+    if (ready != 0 || entries[0].revents != 0) {
+      return;
+    }
+  }
+}
 
 bool ConnectionStream::is_readable() const { return hasBuffered() || waitFor(sock_, POLLIN, readTimeoutMs_); }
 
@@ -71,7 +99,7 @@ ssize_t ConnectionStream::read(char* ptr, std::size_t size) {
 }
 
 ssize_t ConnectionStream::write(const char* ptr, std::size_t size) {
-  if (!is_writable()) {
+  if (reset_ || !is_writable()) {
     return -1;
   }
   ssize_t sent = 0;

@@ -128,7 +128,8 @@ bool LoopbackServer::process_and_close_socket(socket_t sock) {
   const int noDelay = 1;
   ::setsockopt(sock, IPPROTO_TCP, TCP_NODELAY, &noDelay, sizeof noDelay);
   ConnectionStream stream(sock, milliseconds(read_timeout_sec_, read_timeout_usec_),
-                          milliseconds(write_timeout_sec_, write_timeout_usec_));
+                          milliseconds(write_timeout_sec_, write_timeout_usec_), wakeRead_);
+  const ConnectionStream::Current current(stream);
   const std::function<void(httplib::Request&)> noSetup;
   bool ok = false;
   for (std::size_t left = keep_alive_max_count_; left > 0; --left) {
@@ -137,11 +138,17 @@ bool LoopbackServer::process_and_close_socket(socket_t sock) {
     }
     bool closed = false;
     ok = process_request(stream, left == 1, closed, noSetup);
-    if (!ok || closed) {
+    if (!ok || closed || stream.wasReset()) {
       break;
     }
   }
-  ::shutdown(sock, SHUT_RDWR);
+  if (stream.wasReset()) {
+    // A zero linger time turns the close into a reset.
+    const linger abort{1, 0};
+    ::setsockopt(sock, SOL_SOCKET, SO_LINGER, &abort, sizeof abort);
+  } else {
+    ::shutdown(sock, SHUT_RDWR);
+  }
   ::close(sock);
   return ok;
 }

@@ -8,31 +8,49 @@
 #include <thread>
 #include <utility>
 
+#include "Listener.h"
 #include "LoopbackServer.h"
 #include "ServiceCore.h"
+#include "TlsServer.h"
 
 namespace quorvix::sandbox {
 
 struct SandboxService::Impl {
   explicit Impl(SandboxOptions opts) : options(std::move(opts)), core(options.sessionTimeoutSeconds) {}
 
-  /// A server bound to the configured address, or nullptr when binding failed.
-  std::shared_ptr<LoopbackServer> bindServer() {
+  bool tls() const { return !options.tlsCertificateFile.empty() && !options.tlsKeyFile.empty(); }
+
+  /// A server bound to the configured address, or nullptr when binding failed
+  /// (or, in TLS mode, the certificate or key could not be loaded).
+  std::shared_ptr<Listener> bindServer() {
+    if (tls()) {
+      auto created = std::make_shared<TlsServer>(options.tlsCertificateFile, options.tlsKeyFile);
+      route(*created);
+      return bound(created);
+    }
     auto created = std::make_shared<LoopbackServer>();
+    route(*created);
+    return bound(created);
+  }
+
+  void route(httplib::Server& created) {
     const auto handler = [this](const httplib::Request& request, httplib::Response& response) {
       core.handle(request, response);
     };
-    created->Get(".*", handler);
-    created->Post(".*", handler);
-    created->Put(".*", handler);
-    created->Patch(".*", handler);
-    created->Delete(".*", handler);
-    created->Options(".*", handler);
-    const int bound = created->bind(options.bindAddress, options.port);
-    if (bound == 0) {
+    created.Get(".*", handler);
+    created.Post(".*", handler);
+    created.Put(".*", handler);
+    created.Patch(".*", handler);
+    created.Delete(".*", handler);
+    created.Options(".*", handler);
+  }
+
+  std::shared_ptr<Listener> bound(std::shared_ptr<Listener> created) {
+    const int boundPort = created->bind(options.bindAddress, options.port);
+    if (boundPort == 0) {
       return nullptr;
     }
-    port = bound;
+    port = boundPort;
     return created;
   }
 
@@ -41,7 +59,7 @@ struct SandboxService::Impl {
 
   std::mutex lifecycle;
   std::condition_variable idle;
-  std::shared_ptr<LoopbackServer> server;
+  std::shared_ptr<Listener> server;
   std::thread background;
   /// `run()` is serving on its caller's thread.
   bool foreground = false;
@@ -59,7 +77,7 @@ int SandboxService::start() {
   if (impl_->server) {
     return impl_->port;
   }
-  std::shared_ptr<LoopbackServer> server = impl_->bindServer();
+  std::shared_ptr<Listener> server = impl_->bindServer();
   if (!server) {
     return 0;
   }
@@ -73,7 +91,7 @@ bool SandboxService::run() {
   if (impl_->server) {
     return false;
   }
-  std::shared_ptr<LoopbackServer> server = impl_->bindServer();
+  std::shared_ptr<Listener> server = impl_->bindServer();
   if (!server) {
     return false;
   }
@@ -96,7 +114,7 @@ void SandboxService::stop() {
     impl_->idle.wait(lock, [this] { return !impl_->joining; });
     return;
   }
-  const std::shared_ptr<LoopbackServer> server = impl_->server;
+  const std::shared_ptr<Listener> server = impl_->server;
   server->shutdown();
   if (impl_->background.joinable()) {
     std::thread background = std::move(impl_->background);
@@ -115,7 +133,9 @@ void SandboxService::stop() {
 
 int SandboxService::port() const { return impl_->port; }
 
-std::string SandboxService::baseURL() const { return "http://localhost:" + std::to_string(impl_->port.load()); }
+std::string SandboxService::baseURL() const {
+  return (impl_->tls() ? "https://localhost:" : "http://localhost:") + std::to_string(impl_->port.load());
+}
 
 std::vector<RecordedRequest> SandboxService::requests() const { return impl_->core.log().all(); }
 

@@ -19,14 +19,6 @@ void send(const Reply& reply, httplib::Response& response) {
   response.set_content(reply.body, reply.contentType);
 }
 
-/// Announces a body, then fails to produce it: httplib closes the connection
-/// after the header, so the client sees a truncated answer.
-void dropConnection(httplib::Response& response) {
-  response.status = 200;
-  response.set_content_provider(
-      64, std::string(kJsonContentType), [](std::size_t, std::size_t, httplib::DataSink&) { return false; });
-}
-
 }  // namespace
 
 ServiceCore::ServiceCore(double sessionTimeoutSeconds)
@@ -42,27 +34,30 @@ void ServiceCore::handle(const httplib::Request& request, httplib::Response& res
   const RecordedRequest recorded = recordOf(request);
   log_.record(recorded);
 
-  if (const std::optional<Fault> fault = faults_.take(recorded.endpoint)) {
-    if (fault->kind == FaultKind::DropConnection) {
-      dropConnection(response);
+  const std::optional<Fault> fault = faults_.take(recorded.endpoint);
+  if (fault) {
+    if (Faults::answerInstead(*fault, response)) {
       return;
     }
     if (fault->kind == FaultKind::Delay) {
       std::this_thread::sleep_for(fault->delay);
-    } else if (const std::optional<Reply> reply = Faults::replyFor(fault->kind)) {
-      send(*reply, response);
-      return;
     }
   }
-
+  const bool truncated = fault && fault->kind == FaultKind::TruncatedBody;
   if (recorded.method != "GET" && recorded.method != "HEAD") {
     send(Reply::error(405, "Method not allowed"), response);
     return;
   }
+  Reply reply;
   try {
-    send(router_.dispatch(recorded), response);
+    reply = router_.dispatch(recorded);
   } catch (const std::exception&) {
-    send(Reply::error(500, "Internal error"), response);
+    reply = Reply::error(500, "Internal error");
+  }
+  if (truncated) {
+    Faults::truncate(reply, response);
+  } else {
+    send(reply, response);
   }
 }
 

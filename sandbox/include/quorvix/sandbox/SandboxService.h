@@ -48,6 +48,12 @@ enum class FaultKind {
   EmptyBody,       ///< HTTP 200 with an empty body
   DropConnection,  ///< the connection is closed before a complete answer
   Delay,           ///< the normal answer, after `delay`
+  Reset,           ///< the connection is reset (TCP RST) before anything is answered
+  TruncatedBody,   ///< the normal answer's header and first half of its body, then the connection ends
+  Stall,           ///< nothing at all for `delay` (2 s when zero), then the connection is reset;
+                   ///< ends early when the client gives up
+  Oversized,       ///< HTTP 200 with a JSON body of more than 32 MiB, streamed
+  DeepNesting,     ///< HTTP 200 with a JSON body nested 100 levels deep
 };
 
 /// A fault for the next `count` requests of one endpoint.
@@ -64,6 +70,10 @@ struct SandboxOptions {
   std::string bindAddress = "127.0.0.1";
   /// The session time-out the service announces in "hello.js" and enforces.
   double sessionTimeoutSeconds = 600;
+  /// PEM files of the certificate (chain) and its private key: when both are
+  /// set the service speaks HTTPS only.
+  std::string tlsCertificateFile{};
+  std::string tlsKeyFile{};
 };
 
 /// The sandbox service. Thread-safe; stops in its destructor.
@@ -84,7 +94,7 @@ class SandboxService {
   void stop();
   /// The bound port (0 before start).
   int port() const;
-  /// "http://localhost:PORT", the base to give the engine.
+  /// "http://localhost:PORT" ("https://" in TLS mode), the base to give the engine.
   std::string baseURL() const;
 
   /// The demo account every data file describes.
