@@ -4,25 +4,40 @@
 
 namespace quorvix {
 
+std::shared_ptr<QXSearchResponse> QXSearchResponse::initWithParams(JsonObject&& params) {
+  auto response = std::make_shared<QXSearchResponse>();
+  response->params_ = std::move(params);
+  response->readFields();
+  return response;
+}
+
 void QXSearchResponse::inflate(const JsonObject& params) {
-  // The context first, so that hits can resolve their identifiers at once.
-  if (const auto* context = params.if_contains("context")) context_ = SearchContext::initWithParams(context->if_object());
-  setAnswers(params.if_contains("answers"));
-  if (const auto* requestId = params.if_contains("requestId")) requestId_ = *requestId;
-  kbLanguageCode_ = detail::textAt(params, "kbLanguageCode");
-  detectedLanguage_ = detail::textAt(params, "detectedLanguage");
   params_ = params;
+  readFields();
+}
+
+void QXSearchResponse::readFields() {
+  // The context first, so that hits can resolve their identifiers at once.
+  if (const auto* context = params_.if_contains("context")) context_ = SearchContext::initWithParams(context->if_object());
+  setAnswers(params_.if_contains("answers"));
+  if (const auto* requestId = params_.if_contains("requestId")) requestId_ = *requestId;
+  kbLanguageCode_ = detail::textAt(params_, "kbLanguageCode");
+  detectedLanguage_ = detail::textAt(params_, "detectedLanguage");
 }
 
 void QXSearchResponse::setAnswers(const Json* answers) {
   std::vector<std::shared_ptr<SearchAnswer>> list;
   if (answers != nullptr && answers->is_array()) {
+    list.reserve(answers->get_array().size());
+    // Hits resolve through the reply's context, which they keep alive without
+    // keeping the whole reply (and so without a reference cycle); a reply
+    // without one answers through an empty context.
+    std::shared_ptr<ContextValueHandler> handler = context_;
+    if (!handler) handler = std::make_shared<SearchContext>();
     for (const auto& element : answers->get_array()) {
       auto answer = SearchAnswer::initWithParams(element.if_object());
       if (!answer) continue;
-      // Hits resolve through the reply's context, which they keep alive
-      // without keeping the whole reply (and so without a reference cycle).
-      if (answer->isContextSelectionOnly()) answer->setContextValueHandler(context_);
+      if (answer->isContextSelectionOnly()) answer->setContextValueHandler(handler);
       list.push_back(std::move(answer));
     }
   }

@@ -5,10 +5,9 @@
 namespace quorvix {
 
 void SearchAnswer::inflate(const JsonObject& params) {
-  QXQueryResult::inflate(params);
   // Search hits carry their identifier under "id" and a summary instead of the body.
+  inflateFields(params, "summary");
   setResultId(detail::textAt(params, "id"));
-  updteBody(detail::textAt(params, "summary"));
   if (const auto* selection = params.if_contains("contextSelection")) contextSelection_ = *selection;
 }
 

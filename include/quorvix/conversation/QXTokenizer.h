@@ -19,9 +19,11 @@ namespace quorvix {
 /// value before the statement is sent. The map only grows.
 ///
 /// Both directions act on the "text" field of a JSON object only; anything
-/// else passes through unchanged. The last character of a text is left out of
-/// the search, so a run that ends the text is matched without its last digit.
-/// Matching is linear in the length of the text (no backtracking).
+/// else passes through unchanged. Masking leaves the last character of a text
+/// out of the search, so a run that ends the text is matched without its last
+/// digit; yet every occurrence of a matched number is replaced, that run
+/// included. Restoring reads the whole statement. Matching and replacing are
+/// one linear pass over the text; log lines show tokens, never the values.
 ///
 /// Safe to use from several threads.
 class QXTokenizer {
@@ -47,11 +49,14 @@ class QXTokenizer {
   /// Restores tokens in the "text" of a JSON object's text (runs of 4+
   /// digits that are tokens become their values); anything else comes back unchanged.
   std::string encode(std::string_view json);
-  /// Replaces each match of the case-insensitive pattern, searched in all but
-  /// the last character, by `replaceValue` (decode) or `extractValue`
-  /// (restore) of it. A text matched more than once takes its first
-  /// replacement everywhere. Logs "tokened %@" when anything matched; a
-  /// pattern that does not compile matches nothing.
+  /// Replaces each match of the case-insensitive pattern by `replaceValue`
+  /// (decode, searching all but the last character) or `extractValue`
+  /// (restore, searching the whole statement) of it, and every other
+  /// occurrence of a matched text as a whole match of the pattern too. A
+  /// text matched more than once takes its first replacement everywhere.
+  /// Logs "tokened %@" with the masked side (the result when decoding, the
+  /// statement when restoring) when anything matched; a pattern that does
+  /// not compile matches nothing.
   std::optional<std::string> updateStatement(std::optional<std::string_view> statement, std::string_view regex,
                                              bool decode);
   /// Mints or reuses a token for the value and gives the token's text. The

@@ -23,6 +23,8 @@ class QXSearchResponse : public QXBaseResponse, public ContextValueHandler {
   static std::shared_ptr<QXSearchResponse> initWithParams(const JsonObject* params) {
     return create<QXSearchResponse>(params);
   }
+  /// The same from a reply the caller gives up: it becomes `params` without a copy.
+  static std::shared_ptr<QXSearchResponse> initWithParams(JsonObject&& params);
   void inflate(const JsonObject& params) override;
 
   /// The hits, best first.
@@ -48,6 +50,8 @@ class QXSearchResponse : public QXBaseResponse, public ContextValueHandler {
   std::optional<std::string> multipleContext() const override;
 
  private:
+  void readFields();
+
   std::vector<std::shared_ptr<SearchAnswer>> answerList_;
   std::shared_ptr<SearchContext> context_;
   std::optional<Json> requestId_;

@@ -27,7 +27,7 @@ class SearchAnswer : public QXQueryResult {
   /// Computed on first read.
   std::string contextValue() const;
   /// Resolves identifiers: the search reply's context, for hits that are
-  /// context-selection-only.
+  /// context-selection-only (an empty context when the reply had none).
   std::shared_ptr<ContextValueHandler> contextValueHandler() const { return contextValueHandler_; }
   /// Replaces `contextValueHandler()`.
   void setContextValueHandler(std::shared_ptr<ContextValueHandler> handler) { contextValueHandler_ = std::move(handler); }
