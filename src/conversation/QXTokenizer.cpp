@@ -2,6 +2,8 @@
 
 #include <re2/re2.h>
 
+#include <cstdint>
+#include <cstring>
 #include <random>
 #include <utility>
 #include <vector>
@@ -49,7 +51,18 @@ std::size_t digitRunMinimum(std::string_view pattern) {
   return minimum;
 }
 
-// Every run of at least `minimum` ASCII digits, in order.
+// Whether any of the eight bytes of `word` is an ASCII digit (a byte strictly
+// between '/' and ':'; bytes of 0x80 and above never count).
+bool holdsDigit(uint64_t word) {
+  constexpr uint64_t kOnes = ~uint64_t{0} / 255;
+  constexpr uint64_t kLow = kOnes * 127;
+  constexpr uint64_t kHigh = kOnes * 128;
+  const uint64_t low = word & kLow;
+  return ((kOnes * (127 + ':') - low) & ~word & (low + kOnes * (127 - '/')) & kHigh) != 0;
+}
+
+// Every run of at least `minimum` ASCII digits, in order. Text between runs
+// is skipped eight bytes at a time.
 std::vector<Span> digitRuns(std::string_view text, std::size_t minimum) {
   std::vector<Span> runs;
   const char* data = text.data();
@@ -58,6 +71,12 @@ std::vector<Span> digitRuns(std::string_view text, std::size_t minimum) {
   while (i < size) {
     if (!isDigit(data[i])) {
       ++i;
+      while (i + 8 <= size) {
+        uint64_t word;
+        std::memcpy(&word, data + i, sizeof word);
+        if (holdsDigit(word)) break;
+        i += 8;
+      }
       continue;
     }
     std::size_t j = i + 1;
@@ -130,6 +149,7 @@ std::optional<std::map<std::string, std::string>> QXTokenizer::tokens() const {
 void QXTokenizer::setTokens(std::optional<std::map<std::string, std::string>> tokens) {
   std::lock_guard lock(mutex_);
   tokens_ = std::move(tokens);
+  slotValid_ = false;
   boundValues_.clear();
   if (tokens_) {
     for (const auto& [key, value] : *tokens_) ++boundValues_[value];
@@ -194,13 +214,17 @@ std::optional<std::string> QXTokenizer::updateLocked(std::string_view statement,
   // token each time); a text keeps the replacement it got first.
   std::unordered_map<std::string_view, std::string> replacements;
   replacements.reserve(matches.size());
+  std::vector<const std::string*> chosen;  // per match
+  chosen.reserve(matches.size());
   for (const auto& [offset, length] : matches) {
     const std::string_view text = statement.substr(offset, length);
     if (decode) {
-      std::string replacement = replaceValueLocked(std::string(text));
-      replacements.try_emplace(text, std::move(replacement));
-    } else if (!replacements.contains(text)) {
-      replacements.emplace(text, extractValueLocked(std::string(text)));
+      std::string replacement = replaceValueLocked(text);
+      chosen.push_back(&replacements.try_emplace(text, std::move(replacement)).first->second);
+    } else {
+      auto found = replacements.find(text);
+      if (found == replacements.end()) found = replacements.emplace(text, extractValueLocked(std::string(text))).first;
+      chosen.push_back(&found->second);
     }
   }
 
@@ -210,24 +234,34 @@ std::optional<std::string> QXTokenizer::updateLocked(std::string_view statement,
   std::string result;
   result.reserve(statement.size());
   std::size_t copied = 0;
-  auto replace = [&](const Span& span) {
+  auto replace = [&](const Span& span, const std::string* replacement) {
     const auto& [offset, length] = span;
     if (offset < copied) return;
-    const auto found = replacements.find(statement.substr(offset, length));
-    if (found == replacements.end()) return;  // a run whose text was not matched
+    if (replacement == nullptr) {
+      const auto found = replacements.find(statement.substr(offset, length));
+      if (found == replacements.end()) return;  // a run whose text was not matched
+      replacement = &found->second;
+    }
     result.append(statement.substr(copied, offset - copied));
-    result.append(found->second);
+    result.append(*replacement);
     copied = offset + length;
   };
   std::size_t m = 0;
   for (const auto& run : runs) {
     while (m < matches.size() && (matches[m].first < run.first ||
                                   (matches[m].first == run.first && matches[m].second > run.second))) {
-      replace(matches[m++]);
+      replace(matches[m], chosen[m]);
+      ++m;
     }
-    replace(run);
+    // A run that is a match itself needs no look-up.
+    if (m < matches.size() && matches[m] == run) {
+      replace(matches[m], chosen[m]);
+      ++m;
+    } else {
+      replace(run, nullptr);
+    }
   }
-  while (m < matches.size()) replace(matches[m++]);
+  for (; m < matches.size(); ++m) replace(matches[m], chosen[m]);
   result.append(statement.substr(copied));
   // The log shows the masked side: the result of masking, the statement as
   // written when restoring.
@@ -240,22 +274,37 @@ std::string QXTokenizer::replaceValue(const std::string& value) {
   return replaceValueLocked(value);
 }
 
-std::string QXTokenizer::replaceValueLocked(const std::string& value) {
+std::string QXTokenizer::replaceValueLocked(std::string_view value) {
+  auto bound = boundValues_.find(value);
   if (!tokens_) {
     tokens_.emplace();
-  } else if (boundValues_.find(value) == boundValues_.end()) {
+    slotValid_ = false;
+  } else if (bound == boundValues_.end()) {
     ++token_;
   }
-  auto key = std::to_string(token_);
-  auto [slot, inserted] = tokens_->try_emplace(key, value);
-  if (!inserted) {
-    // The value bound to this number before loses its token.
-    auto previous = boundValues_.find(slot->second);
-    if (previous != boundValues_.end() && --previous->second == 0) boundValues_.erase(previous);
-    slot->second = value;
+  // The current number's entry is kept at hand: most calls land on it, and a
+  // new number goes after all others (the hint makes that insertion cheap).
+  bool inserted = false;
+  if (!slotValid_ || slotToken_ != token_) {
+    const std::size_t before = tokens_->size();
+    slot_ = tokens_->try_emplace(tokens_->end(), std::to_string(token_), value);
+    inserted = tokens_->size() != before;
+    slotToken_ = token_;
+    slotValid_ = true;
   }
-  ++boundValues_[value];
-  return key;
+  if (!inserted) {
+    if (slot_->second == value) return slot_->first;  // bound here already: nothing changes
+    // The value bound to this number before loses its token.
+    auto previous = boundValues_.find(slot_->second);
+    if (previous != boundValues_.end() && --previous->second == 0) boundValues_.erase(previous);
+    slot_->second = value;
+  }
+  if (bound == boundValues_.end()) {
+    boundValues_.emplace(std::string(value), 1);
+  } else {
+    ++bound->second;
+  }
+  return slot_->first;
 }
 
 std::string QXTokenizer::extractValue(const std::string& key) const {

@@ -16,9 +16,17 @@ std::shared_ptr<QXQueryResultBody> QXQueryResultBody::initWithBody(const std::op
 
 void QXQueryResult::inflate(const JsonObject& params) { inflateFields(params, "body"); }
 
-void QXQueryResult::inflateFields(const JsonObject& params, std::string_view bodyKey) {
+void QXQueryResult::inflateFields(const JsonObject& params, std::string_view bodyKey,
+                                  const std::shared_ptr<const void>& owner) {
   hash_ = detail::textAt(params, "titleAndBodyHash");
-  setChannels(params.if_contains("rechanneling"));
+  const Json* channels = params.if_contains("rechanneling");
+  if (owner && channels != nullptr && channels->is_array()) {
+    std::lock_guard lock(channelingMutex_);
+    channeling_.clear();
+    rechanneling_ = std::shared_ptr<const Json>(owner, channels);
+  } else {
+    setChannels(channels);
+  }
   resultId_ = detail::textAt(params, "resultId");
   updteBody(detail::textAt(params, bodyKey));
   likes_ = detail::textAt(params, "likes");
@@ -30,7 +38,7 @@ void QXQueryResult::inflateFields(const JsonObject& params, std::string_view bod
 const std::vector<std::shared_ptr<QXChanneling>>& QXQueryResult::channeling() const {
   std::lock_guard lock(channelingMutex_);
   if (rechanneling_) {
-    channeling_ = QXChanneling::listWithParams(&*rechanneling_);
+    channeling_ = QXChanneling::listWithParams(rechanneling_.get());
     rechanneling_.reset();
   }
   return channeling_;
@@ -47,7 +55,7 @@ void QXQueryResult::setChannels(const Json* list) {
   channeling_.clear();
   // Kept as sent until the first read: most results are shown without their channels.
   if (list != nullptr && list->is_array()) {
-    rechanneling_ = *list;
+    rechanneling_ = std::make_shared<const Json>(*list);
   } else {
     rechanneling_.reset();
   }

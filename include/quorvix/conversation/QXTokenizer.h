@@ -3,6 +3,7 @@
 /// Masking of long numbers in bot replies and their restoring in statements.
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -68,7 +69,7 @@ class QXTokenizer {
   std::string extractValue(const std::string& key) const;
 
  private:
-  std::string replaceValueLocked(const std::string& value);
+  std::string replaceValueLocked(std::string_view value);
   std::string extractValueLocked(const std::string& key) const;
   std::optional<std::string> updateLocked(std::string_view statement, std::string_view regex, bool decode);
   std::string rewriteText(std::string_view json, std::string_view regex, bool decode);
@@ -76,8 +77,17 @@ class QXTokenizer {
   mutable std::mutex mutex_;
   int64_t token_;
   std::optional<std::map<std::string, std::string>> tokens_;
+  // The entry of `slotToken_` in `tokens_`, while `slotValid_`.
+  std::map<std::string, std::string>::iterator slot_;
+  int64_t slotToken_ = 0;
+  bool slotValid_ = false;
+  // Looks text up without making a string of it.
+  struct TextHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>{}(text); }
+  };
   // How many tokens each value is bound to, so "seen before" is one look-up.
-  std::unordered_map<std::string, std::size_t> boundValues_;
+  std::unordered_map<std::string, std::size_t, TextHash, std::equal_to<>> boundValues_;
 };
 
 }  // namespace quorvix

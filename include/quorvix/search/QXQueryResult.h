@@ -82,8 +82,11 @@ class QXQueryResult : public QXBaseResponse {
   void setDislikeText(std::optional<std::string> text) { dislikeText_ = std::move(text); }
 
  protected:
-  /// Reads the fields of a result, its body from `bodyKey`.
-  void inflateFields(const JsonObject& params, std::string_view bodyKey);
+  /// Reads the fields of a result, its body from `bodyKey`. With an `owner`
+  /// that keeps `params` alive, the channel descriptions are read from there
+  /// on first use instead of being copied.
+  void inflateFields(const JsonObject& params, std::string_view bodyKey,
+                     const std::shared_ptr<const void>& owner = nullptr);
 
  private:
   std::optional<std::string> resultId_;
@@ -94,7 +97,7 @@ class QXQueryResult : public QXBaseResponse {
   std::optional<std::string> hash_;
   mutable std::mutex channelingMutex_;
   // The descriptions as sent, until the channels are first read.
-  mutable std::optional<Json> rechanneling_;
+  mutable std::shared_ptr<const Json> rechanneling_;
   mutable std::vector<std::shared_ptr<QXChanneling>> channeling_;
   bool isContextSelectionOnly_ = false;
   int32_t likeState_ = 0;

@@ -39,6 +39,11 @@ class SearchAnswer : public QXQueryResult {
   void setCurrentContextIndex(int32_t index) { currentContextIndex_ = index; }
 
  private:
+  friend class QXSearchResponse;
+  // A hit read from a reply that `owner` keeps alive.
+  static std::shared_ptr<SearchAnswer> initWithParams(const JsonObject& params, const std::shared_ptr<const void>& owner);
+  void inflate(const JsonObject& params, const std::shared_ptr<const void>& owner);
+
   std::optional<Json> contextSelection_;
   std::shared_ptr<ContextValueHandler> contextValueHandler_;
   int32_t currentContextIndex_ = 0;
