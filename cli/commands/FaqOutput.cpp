@@ -39,16 +39,12 @@ TextResult configurationText(const QXConfiguration& configuration) {
   rows.emplace_back("like buttons", orNone(configuration.like()->feedbackPositiveButtonText()) + " / " +
                                         orNone(configuration.like()->feedbackNegativeButtonText()));
   rows.emplace_back("context-dependent FAQ", yesNo(configuration.isContextDependent()));
-  if (auto faqs = configuration.faqs()) {
-    for (const auto& group : *faqs) {
-      rows.emplace_back("FAQ group", group->title().value_or("(untitled)") + " (" +
-                                         std::to_string(group->data().size()) + " answers)");
-    }
+  for (const auto& group : configuration.faqs()) {
+    rows.emplace_back("FAQ group", group->title().value_or("(untitled)") + " (" +
+                                       std::to_string(group->data().size()) + " answers)");
   }
-  if (auto labels = configuration.labels()) {
-    for (const auto& label : *labels) {
-      rows.emplace_back("label", label->labelId().value_or("?") + "  " + label->labelName().value_or(""));
-    }
+  for (const auto& label : configuration.labels()) {
+    rows.emplace_back("label", label->labelId().value_or("?") + "  " + label->labelName().value_or(""));
   }
   return result;
 }

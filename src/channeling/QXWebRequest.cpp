@@ -1,7 +1,7 @@
 #include "quorvix/channeling/QXWebRequest.h"
 
 #include <algorithm>
-#include <cctype>
+#include <string_view>
 
 #include "quorvix/engine/Helpers.h"
 #include "quorvix/engine/URLComponents.h"
@@ -9,32 +9,64 @@
 namespace quorvix {
 namespace {
 
-std::string lowered(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return text;
+// The parts of a page address, read leniently: a page hands over what it
+// built, which is often no strict URL (blanks, braces, quotes).
+struct PageAddress {
+  std::string_view scheme;
+  std::string_view host;
+  std::string_view path;
+  std::optional<std::string_view> query;
+};
+
+PageAddress read(std::string_view url) {
+  PageAddress address;
+  const auto colon = url.find(':');
+  if (colon == std::string_view::npos) return address;
+  address.scheme = url.substr(0, colon);
+  std::string_view rest = url.substr(colon + 1);
+  rest = rest.substr(0, rest.find('#'));
+  if (const auto question = rest.find('?'); question != std::string_view::npos) {
+    address.query = rest.substr(question + 1);
+    rest = rest.substr(0, question);
+  }
+  if (rest.starts_with("//")) {
+    rest.remove_prefix(2);
+    const auto slash = std::min(rest.find('/'), rest.size());
+    std::string_view authority = rest.substr(0, slash);
+    if (const auto at = authority.rfind('@'); at != std::string_view::npos) authority.remove_prefix(at + 1);
+    if (const auto port = authority.rfind(':'); port != std::string_view::npos &&
+                                               authority.find_first_not_of("0123456789", port + 1) == std::string_view::npos) {
+      authority = authority.substr(0, port);
+    }
+    address.host = authority;
+    rest.remove_prefix(slash);
+  }
+  address.path = rest;
+  return address;
+}
+
+std::vector<QueryItem> itemsOf(const PageAddress& address) {
+  return address.query ? queryItemsOf(*address.query) : std::vector<QueryItem>{};
 }
 
 }  // namespace
 
-bool isQuorvix(const QXWebRequest& request) {
-  auto url = URLComponents::parse(request.url);
-  return url && lowered(url->scheme()) == "quorvix";
-}
+bool isQuorvix(const QXWebRequest& request) { return read(request.url).scheme == "quorvix"; }
 
 int64_t type(const QXWebRequest& request) {
-  auto url = URLComponents::parse(request.url);
-  if (!url) return 0;
-  const std::string& host = url->host();
-  const std::string command = host.substr(host.rfind('.') == std::string::npos ? 0 : host.rfind('.') + 1);
+  const PageAddress address = read(request.url);
+  const std::string_view host = address.host;
+  const auto dot = host.rfind('.');
+  const std::string_view command = dot == std::string_view::npos ? host : host.substr(dot + 1);
   if (command == "cancel") return 1;
   if (command == "send") {
-    const auto& items = url->queryItems();
+    const auto items = itemsOf(address);
     if (items.size() == 1) return items.front().name == "result" ? intValue(items.front().value.value_or("")) : 0;
     return 0;
   }
   if (command == "exit") return 6;
   if (command == "contactForm") {
-    std::string_view path = url->path();
+    const std::string_view path = address.path;
     const auto slash = path.rfind('/');
     const auto last = slash == std::string_view::npos ? path : path.substr(slash + 1);
     return 8 + (last == "removeFile" ? 1 : 0);
@@ -43,9 +75,9 @@ int64_t type(const QXWebRequest& request) {
 }
 
 std::optional<std::string> result(const QXWebRequest& request) {
-  auto url = URLComponents::parse(request.url);
-  if (!url || url->queryItems().empty()) return std::nullopt;
-  return url->queryItems().front().value;
+  const auto items = itemsOf(read(request.url));
+  if (items.empty()) return std::nullopt;
+  return items.front().value;
 }
 
 std::optional<Json> formData(const QXWebRequest& request) {

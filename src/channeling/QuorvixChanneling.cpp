@@ -74,13 +74,16 @@ void Quorvix::reportChanneling(std::shared_ptr<QXChanneling> channel, std::share
     items.push_back({"trafficSource", "FAQ"});
   }
   url->setQueryItems(std::move(items));
-  const std::string sent = url->string();
+  // Logged as it stands once handed over: an escalation inside an open
+  // session has "sid" appended by then (its value hidden in the log).
+  URLComponents logged = *url;
   if (escalation) {
     executeRequest(std::move(*url), nullptr);
+    if (auto sid = sessionId()) logged.appendQueryItem("sid", std::move(sid));
   } else {
     QXConnection::openConnection(connectionHandler(), *url, nullptr);
   }
-  detail::logFormat("Report Channel URL:: %@", sent);
+  detail::logFormat("Report Channel URL:: %@", detail::redactSecrets(logged.string()));
 }
 
 void Quorvix::trackEvent(const JsonObject& event) {

@@ -37,7 +37,7 @@ int64_t integerAt(const JsonObject& object, std::string_view key) {
 }  // namespace
 
 void QXConfiguration::inflate(const JsonObject& params) {
-  setFaqs(std::nullopt);
+  setFaqs({});
   setParams(params);
 
   const Json* faqData = params.if_contains("faqData");
@@ -146,12 +146,12 @@ bool QXConfiguration::isContextDependent() const {
   return isContextDependent_;
 }
 
-std::optional<std::vector<std::shared_ptr<QXFAQGroup>>> QXConfiguration::faqs() const {
+std::vector<std::shared_ptr<QXFAQGroup>> QXConfiguration::faqs() const {
   std::lock_guard lock(mutex_);
   return faqs_;
 }
 
-void QXConfiguration::setFaqs(std::optional<std::vector<std::shared_ptr<QXFAQGroup>>> faqs) {
+void QXConfiguration::setFaqs(std::vector<std::shared_ptr<QXFAQGroup>> faqs) {
   std::lock_guard lock(mutex_);
   faqs_ = std::move(faqs);
 }
@@ -166,7 +166,7 @@ void QXConfiguration::setFAQs(const Json* groups) {
   setFaqs(std::move(built));
 }
 
-std::optional<std::vector<std::shared_ptr<QXLabel>>> QXConfiguration::labels() const {
+std::vector<std::shared_ptr<QXLabel>> QXConfiguration::labels() const {
   std::lock_guard lock(mutex_);
   return labels_;
 }

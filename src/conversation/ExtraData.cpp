@@ -1,5 +1,7 @@
 #include "quorvix/conversation/ExtraData.h"
 
+#include "conversation/ExtraDataSplit.h"
+
 #include "quorvix/engine/Helpers.h"
 
 namespace quorvix {
@@ -32,15 +34,25 @@ std::optional<std::string> extractBetween(std::string_view text, std::string_vie
 }
 
 JsonArray extractExtraData(std::string_view text) {
+  auto split = detail::splitExtraData(text);
+  if (!split.data) return JsonArray{Json(split.text)};
+  return JsonArray{Json(split.text), std::move(*split.data)};
+}
+
+namespace detail {
+
+ExtraDataSplit splitExtraData(std::string_view text) {
   auto block = extractBetween(text, kOpen, kClose);
-  if (!block) return JsonArray{Json(text)};
+  if (!block) return {std::string(text), std::nullopt};
   const std::string json = removingAll(*block, kOpen);
   auto parsed = parseJSON(json);
-  if (!parsed) return JsonArray{Json(text)};
+  if (!parsed) return {std::string(text), std::nullopt};
   std::string whole;
   whole.reserve(kOpen.size() + json.size() + kClose.size());
   whole.append(kOpen).append(json).append(kClose);
-  return JsonArray{Json(removingAll(text, whole)), std::move(*parsed)};
+  return {removingAll(text, whole), std::move(*parsed)};
 }
+
+}  // namespace detail
 
 }  // namespace quorvix

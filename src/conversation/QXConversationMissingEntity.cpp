@@ -11,6 +11,11 @@ std::shared_ptr<QXConversationMissingEntity> QXConversationMissingEntity::initWi
   return missing;
 }
 
+void QXConversationMissingEntity::setEnteties(std::vector<std::shared_ptr<QXEntity>> enteties) {
+  std::erase(enteties, nullptr);
+  enteties_ = std::move(enteties);
+}
+
 void QXConversationMissingEntity::addEntity(const std::shared_ptr<QXEntity>& entity) {
   if (entity) enteties_.push_back(entity);
 }

@@ -43,6 +43,11 @@ void QXEntity::setLifecycle(std::optional<std::string> lifecycle) {
   safeInsert("lifecycle", text(lifecycle_));
 }
 
+void QXEntity::setProperties(std::vector<std::shared_ptr<Property>> properties) {
+  std::erase(properties, nullptr);
+  properties_ = std::move(properties);
+}
+
 void QXEntity::addProperty(const std::shared_ptr<Property>& property) {
   if (property) properties_.push_back(property);
 }

@@ -2,6 +2,8 @@
 
 #include <re2/re2.h>
 
+#include <cstdint>
+#include <cstring>
 #include <random>
 #include <utility>
 #include <vector>
@@ -16,6 +18,8 @@ namespace {
 constexpr std::string_view kMaskPattern = "[0-9]{6,}";
 constexpr std::string_view kRestorePattern = "[0-9]{4,}";
 
+using Span = std::pair<std::size_t, std::size_t>;  // offset, length
+
 int64_t randomStart() {
   std::random_device device;
   const auto value = static_cast<uint32_t>(device());
@@ -27,6 +31,100 @@ std::size_t withoutLastCharacter(std::string_view text) {
   std::size_t end = text.size() - 1;
   while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) --end;
   return end;
+}
+
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+// N when the pattern is exactly "[0-9]{N,}", the form masking and restoring
+// use: such runs are found by a plain scan. 0 for any other pattern.
+std::size_t digitRunMinimum(std::string_view pattern) {
+  constexpr std::string_view kPrefix = "[0-9]{";
+  constexpr std::string_view kSuffix = ",}";
+  if (!pattern.starts_with(kPrefix) || !pattern.ends_with(kSuffix)) return 0;
+  const auto digits = pattern.substr(kPrefix.size(), pattern.size() - kPrefix.size() - kSuffix.size());
+  if (digits.empty() || digits.size() > 4) return 0;
+  std::size_t minimum = 0;
+  for (char c : digits) {
+    if (!isDigit(c)) return 0;
+    minimum = minimum * 10 + static_cast<std::size_t>(c - '0');
+  }
+  return minimum;
+}
+
+// Whether any of the eight bytes of `word` is an ASCII digit (a byte strictly
+// between '/' and ':'; bytes of 0x80 and above never count).
+bool holdsDigit(uint64_t word) {
+  constexpr uint64_t kOnes = ~uint64_t{0} / 255;
+  constexpr uint64_t kLow = kOnes * 127;
+  constexpr uint64_t kHigh = kOnes * 128;
+  const uint64_t low = word & kLow;
+  return ((kOnes * (127 + ':') - low) & ~word & (low + kOnes * (127 - '/')) & kHigh) != 0;
+}
+
+// Every run of at least `minimum` ASCII digits, in order. Text between runs
+// is skipped eight bytes at a time.
+std::vector<Span> digitRuns(std::string_view text, std::size_t minimum) {
+  std::vector<Span> runs;
+  const char* data = text.data();
+  const std::size_t size = text.size();
+  std::size_t i = 0;
+  while (i < size) {
+    if (!isDigit(data[i])) {
+      ++i;
+      while (i + 8 <= size) {
+        uint64_t word;
+        std::memcpy(&word, data + i, sizeof word);
+        if (holdsDigit(word)) break;
+        i += 8;
+      }
+      continue;
+    }
+    std::size_t j = i + 1;
+    while (j < size && isDigit(data[j])) ++j;
+    if (j - i >= minimum) runs.emplace_back(i, j - i);
+    i = j;
+  }
+  return runs;
+}
+
+// The runs as a search over text[0, limit) finds them: those inside, and the
+// one that crosses the limit cut there (when it is still long enough).
+std::vector<Span> runsBefore(const std::vector<Span>& runs, std::size_t limit, std::size_t minimum) {
+  std::vector<Span> inside;
+  inside.reserve(runs.size());
+  for (const auto& [offset, length] : runs) {
+    if (offset + length <= limit) {
+      inside.emplace_back(offset, length);
+    } else if (offset < limit && limit - offset >= minimum) {
+      inside.emplace_back(offset, limit - offset);
+    }
+  }
+  return inside;
+}
+
+// Every non-empty match of the pattern in text[0, limit), in order.
+std::vector<Span> patternMatches(const RE2& pattern, std::string_view text, std::size_t limit) {
+  std::vector<Span> matches;
+  const re2::StringPiece input(text.data(), text.size());
+  std::size_t position = 0;
+  re2::StringPiece match;
+  while (position <= limit && pattern.Match(input, position, limit, RE2::UNANCHORED, &match, 1)) {
+    const auto offset = static_cast<std::size_t>(match.data() - text.data());
+    if (match.empty()) {
+      position = offset + 1;
+      continue;
+    }
+    matches.emplace_back(offset, match.size());
+    position = offset + match.size();
+  }
+  return matches;
+}
+
+// Whether the text can be a JSON object once percent-decoded: one starts
+// with "{" after blanks, or with an escape.
+bool mayBeObject(std::string_view text) {
+  const auto first = text.find_first_not_of(" \t\n\r");
+  return first != std::string_view::npos && (text[first] == '{' || text[first] == '%');
 }
 
 }  // namespace
@@ -51,6 +149,7 @@ std::optional<std::map<std::string, std::string>> QXTokenizer::tokens() const {
 void QXTokenizer::setTokens(std::optional<std::map<std::string, std::string>> tokens) {
   std::lock_guard lock(mutex_);
   tokens_ = std::move(tokens);
+  slotValid_ = false;
   boundValues_.clear();
   if (tokens_) {
     for (const auto& [key, value] : *tokens_) ++boundValues_[value];
@@ -62,6 +161,8 @@ std::string QXTokenizer::decode(std::string_view json) { return rewriteText(json
 std::string QXTokenizer::encode(std::string_view json) { return rewriteText(json, kRestorePattern, false); }
 
 std::string QXTokenizer::rewriteText(std::string_view json, std::string_view regex, bool decode) {
+  // Only a JSON object has a "text" to rewrite; prose comes back at once.
+  if (!mayBeObject(json)) return std::string(json);
   auto parsed = parseJSON(json);
   auto* object = parsed ? parsed->if_object() : nullptr;
   if (object == nullptr || object->empty()) return std::string(json);
@@ -82,52 +183,89 @@ std::optional<std::string> QXTokenizer::updateStatement(std::optional<std::strin
                                                         std::string_view regex, bool decode) {
   if (!statement) return std::nullopt;
   std::lock_guard lock(mutex_);
-  return updateLocked(*statement, regex, decode);
+  auto updated = updateLocked(*statement, regex, decode);
+  return updated ? std::move(*updated) : std::string(*statement);
 }
 
 std::optional<std::string> QXTokenizer::updateLocked(std::string_view statement, std::string_view regex, bool decode) {
-  if (statement.empty()) return std::string(statement);
-  RE2::Options options;
-  options.set_case_sensitive(false);
-  options.set_log_errors(false);
-  const RE2 pattern(re2::StringPiece(regex.data(), regex.size()), options);
-  if (!pattern.ok()) return std::string(statement);
+  if (statement.empty()) return std::nullopt;
+  // Masking leaves the last character out of the search on purpose: a run
+  // that ends the text is matched without its last digit. Restoring reads it all.
+  const std::size_t limit = decode ? withoutLastCharacter(statement) : statement.size();
 
-  // The last character is left out of the search on purpose: a run that ends
-  // the text is matched without its last digit.
-  const std::size_t limit = withoutLastCharacter(statement);
-  const re2::StringPiece input(statement.data(), statement.size());
-  std::vector<std::pair<std::size_t, std::size_t>> matches;  // offset, length
-  std::size_t position = 0;
-  re2::StringPiece match;
-  while (position <= limit && pattern.Match(input, position, limit, RE2::UNANCHORED, &match, 1)) {
-    const auto offset = static_cast<std::size_t>(match.data() - statement.data());
-    if (match.empty()) {
-      position = offset + 1;
-      continue;
-    }
-    matches.emplace_back(offset, match.size());
-    position = offset + match.size();
+  // `runs`: every match in the whole text; `matches`: those the search finds.
+  std::vector<Span> runs;
+  std::vector<Span> matches;
+  if (const std::size_t minimum = digitRunMinimum(regex); minimum > 0) {
+    runs = digitRuns(statement, minimum);
+    matches = runsBefore(runs, limit, minimum);
+  } else {
+    RE2::Options options;
+    options.set_case_sensitive(false);
+    options.set_log_errors(false);
+    const RE2 pattern(re2::StringPiece(regex.data(), regex.size()), options);
+    if (!pattern.ok()) return std::nullopt;
+    runs = patternMatches(pattern, statement, statement.size());
+    matches = limit == statement.size() ? runs : patternMatches(pattern, statement, limit);
   }
-  if (matches.empty()) return std::string(statement);
+  if (matches.empty()) return std::nullopt;
 
   // Every match asks for its replacement in order (minting or re-binding a
-  // token each time); a text that occurs again keeps the replacement it got
-  // first, as replacing all its occurrences at once would give.
+  // token each time); a text keeps the replacement it got first.
   std::unordered_map<std::string_view, std::string> replacements;
+  replacements.reserve(matches.size());
+  std::vector<const std::string*> chosen;  // per match
+  chosen.reserve(matches.size());
+  for (const auto& [offset, length] : matches) {
+    const std::string_view text = statement.substr(offset, length);
+    if (decode) {
+      std::string replacement = replaceValueLocked(text);
+      chosen.push_back(&replacements.try_emplace(text, std::move(replacement)).first->second);
+    } else {
+      auto found = replacements.find(text);
+      if (found == replacements.end()) found = replacements.emplace(text, extractValueLocked(std::string(text))).first;
+      chosen.push_back(&found->second);
+    }
+  }
+
+  // One pass over the text: each match is replaced, and so is every other
+  // occurrence of a matched text (the run that ends the text included).
+  // Where spans overlap, the one that starts first wins, the longer on a tie.
   std::string result;
   result.reserve(statement.size());
   std::size_t copied = 0;
-  for (const auto& [offset, length] : matches) {
-    const std::string_view text = statement.substr(offset, length);
-    std::string replacement = decode ? replaceValueLocked(std::string(text)) : extractValueLocked(std::string(text));
-    const auto& chosen = replacements.try_emplace(text, std::move(replacement)).first->second;
+  auto replace = [&](const Span& span, const std::string* replacement) {
+    const auto& [offset, length] = span;
+    if (offset < copied) return;
+    if (replacement == nullptr) {
+      const auto found = replacements.find(statement.substr(offset, length));
+      if (found == replacements.end()) return;  // a run whose text was not matched
+      replacement = &found->second;
+    }
     result.append(statement.substr(copied, offset - copied));
-    result.append(chosen);
+    result.append(*replacement);
     copied = offset + length;
+  };
+  std::size_t m = 0;
+  for (const auto& run : runs) {
+    while (m < matches.size() && (matches[m].first < run.first ||
+                                  (matches[m].first == run.first && matches[m].second > run.second))) {
+      replace(matches[m], chosen[m]);
+      ++m;
+    }
+    // A run that is a match itself needs no look-up.
+    if (m < matches.size() && matches[m] == run) {
+      replace(matches[m], chosen[m]);
+      ++m;
+    } else {
+      replace(run, nullptr);
+    }
   }
+  for (; m < matches.size(); ++m) replace(matches[m], chosen[m]);
   result.append(statement.substr(copied));
-  detail::logFormat("tokened %@", result);
+  // The log shows the masked side: the result of masking, the statement as
+  // written when restoring.
+  detail::logFormat("tokened %@", decode ? std::string_view(result) : statement);
   return result;
 }
 
@@ -136,22 +274,37 @@ std::string QXTokenizer::replaceValue(const std::string& value) {
   return replaceValueLocked(value);
 }
 
-std::string QXTokenizer::replaceValueLocked(const std::string& value) {
+std::string QXTokenizer::replaceValueLocked(std::string_view value) {
+  auto bound = boundValues_.find(value);
   if (!tokens_) {
     tokens_.emplace();
-  } else if (boundValues_.find(value) == boundValues_.end()) {
+    slotValid_ = false;
+  } else if (bound == boundValues_.end()) {
     ++token_;
   }
-  auto key = std::to_string(token_);
-  auto [slot, inserted] = tokens_->try_emplace(key, value);
-  if (!inserted) {
-    // The value bound to this number before loses its token.
-    auto previous = boundValues_.find(slot->second);
-    if (previous != boundValues_.end() && --previous->second == 0) boundValues_.erase(previous);
-    slot->second = value;
+  // The current number's entry is kept at hand: most calls land on it, and a
+  // new number goes after all others (the hint makes that insertion cheap).
+  bool inserted = false;
+  if (!slotValid_ || slotToken_ != token_) {
+    const std::size_t before = tokens_->size();
+    slot_ = tokens_->try_emplace(tokens_->end(), std::to_string(token_), value);
+    inserted = tokens_->size() != before;
+    slotToken_ = token_;
+    slotValid_ = true;
   }
-  ++boundValues_[value];
-  return key;
+  if (!inserted) {
+    if (slot_->second == value) return slot_->first;  // bound here already: nothing changes
+    // The value bound to this number before loses its token.
+    auto previous = boundValues_.find(slot_->second);
+    if (previous != boundValues_.end() && --previous->second == 0) boundValues_.erase(previous);
+    slot_->second = value;
+  }
+  if (bound == boundValues_.end()) {
+    boundValues_.emplace(std::string(value), 1);
+  } else {
+    ++bound->second;
+  }
+  return slot_->first;
 }
 
 std::string QXTokenizer::extractValue(const std::string& key) const {

@@ -1,6 +1,7 @@
 // The bot conversation's operations of the engine facade.
 
 #include <atomic>
+#include <mutex>
 #include <utility>
 
 #include "quorvix/configuration/QXConfiguration.h"
@@ -42,8 +43,11 @@ bool hasType(const QXResponse& response) {
 // with the host's entities, keeping the caller's completion.
 QXMissingEntitiesHandler resendWithEntities(std::weak_ptr<Quorvix> weak, bool isPostback, std::string statement,
                                             QXConversationCompletion completion) {
-  return [weak = std::move(weak), isPostback, statement = std::move(statement),
-          completion = std::move(completion)](std::shared_ptr<QXConversationMissingEntity> missing) {
+  // The handler acts once, however often the host calls it.
+  auto used = std::make_shared<std::atomic<bool>>(false);
+  return [weak = std::move(weak), isPostback, statement = std::move(statement), completion = std::move(completion),
+          used](std::shared_ptr<QXConversationMissingEntity> missing) {
+    if (used->exchange(true)) return;
     auto self = weak.lock();
     if (!self) return;
     auto entities = missing ? missing->inJSON() : std::nullopt;
@@ -80,6 +84,107 @@ void answerPipeline(const std::weak_ptr<Quorvix>& weak, const QXResponse& respon
   }
   self->callClientSelector(reply, completion);
 }
+
+// Resolves the personal-information placeholders of one reply, one after the
+// other, through the chat delegate. A host that answers at once, on the
+// asking thread, lets this loop go on instead of starting a nested one, so
+// the stack does not grow with the number of placeholders.
+class PlaceholderResolver : public std::enable_shared_from_this<PlaceholderResolver> {
+ public:
+  PlaceholderResolver(std::weak_ptr<Quorvix> engine, std::shared_ptr<QXConversationalResponse> response,
+                      QXConversationCompletion completion)
+      : engine_(std::move(engine)), response_(std::move(response)), completion_(std::move(completion)) {}
+
+  void run() {
+    for (;;) {
+      auto text = response_ ? response_->text() : std::nullopt;
+      auto signature = text ? extractSignature(*text) : std::nullopt;
+      if (!signature) {
+        if (completion_) completion_(response_, std::nullopt);
+        return;
+      }
+      response_->setIsReadMore(false);
+      auto info = QXPersonalInfo::initWithSignature(*signature);
+      auto answered = std::make_shared<std::atomic<bool>>(false);
+      info->setPersonalInfoCallback([self = shared_from_this(), answered, signature = *signature,
+                                     id = info->personalInfoId(), arguments = info->methodArgs()](
+                                        std::optional<std::string> value, std::shared_ptr<QXAction> action) {
+        // The host answers once; a second call would deliver the reply twice.
+        if (answered->exchange(true)) return;
+        if (!self->apply(signature, id, arguments, std::move(value), std::move(action))) {
+          if (self->completion_) self->completion_(self->response_, std::nullopt);
+          return;
+        }
+        self->resume();
+      });
+      auto engine = engine_.lock();
+      auto delegate = engine ? engine->chatDelegate().lock() : nullptr;
+      if (!delegate) return;
+      {
+        std::lock_guard lock(mutex_);
+        asking_ = true;
+        answeredWhileAsking_ = false;
+      }
+      delegate->shouldHandlePersonalInformation(std::move(info));
+      std::lock_guard lock(mutex_);
+      asking_ = false;
+      // Not answered yet: the answer, whenever it comes, goes on from there.
+      if (!answeredWhileAsking_) return;
+    }
+  }
+
+ private:
+  // After a placeholder was resolved: the loop goes on, in the call that is
+  // still asking when there is one, else here.
+  void resume() {
+    {
+      std::lock_guard lock(mutex_);
+      if (asking_) {
+        answeredWhileAsking_ = true;
+        return;
+      }
+    }
+    if (engine_.lock()) run();
+  }
+
+  // Puts the host's answer in place of the placeholder; false when the
+  // placeholder could not be taken out (an odd signature such as "a{{b", or a
+  // value that brings it back), which would be asked for forever.
+  bool apply(const std::string& signature, const std::string& id, const std::vector<std::string>& arguments,
+             std::optional<std::string> value, std::shared_ptr<QXAction> action) {
+    const std::string placeholder = "{{" + signature + "}}";
+    if (!value && !action) {
+      // No value: the placeholder becomes a button the host can offer.
+      action = std::make_shared<QXAction>();
+      action->setActionId(id);
+      auto userInfo = args(arguments);
+      if (userInfo) {
+        if (const auto* label = userInfo->if_contains("ButtonText"); label != nullptr && label->is_string()) {
+          action->setText(std::string(label->get_string()));
+        }
+      }
+      action->setUserInfo(std::move(userInfo));
+    }
+    const std::string replacement = value.value_or(std::string());
+    const std::string before = response_->text().value_or(std::string());
+    response_->setText(replaceAll(before, placeholder, replacement));
+    // A caption is what `text` shows: a placeholder left in it would be found
+    // again on every pass, so it is resolved there too.
+    if (auto* caption = response_->params().if_contains("answersCaption"); caption != nullptr && caption->is_string()) {
+      *caption = replaceAll(std::string(caption->get_string()), placeholder, replacement);
+    }
+    response_->addAction(std::move(action));
+    return before.find(placeholder) != std::string::npos &&
+           response_->text().value_or(std::string()).find(placeholder) == std::string::npos;
+  }
+
+  std::weak_ptr<Quorvix> engine_;
+  std::shared_ptr<QXConversationalResponse> response_;
+  QXConversationCompletion completion_;
+  std::mutex mutex_;
+  bool asking_ = false;
+  bool answeredWhileAsking_ = false;
+};
 
 }  // namespace
 
@@ -204,11 +309,14 @@ void Quorvix::conversationStatement(std::string statement, bool type, std::optio
     if (completion) completion(nullptr, errors::noAccount());
     return;
   }
-  // A postback goes as the bot sent it; a statement gets its tokens restored.
+  // A postback goes as the bot sent it; a statement gets its tokens restored,
+  // and is logged as written, with the tokens.
+  URLComponents logged = *components;
+  logged.setQueryItems({{type ? "postback" : "statement", statement}, {"id", id}});
   std::string value = type ? statement : tokenizer()->encode(statement);
   components->setQueryItems({{type ? "postback" : "statement", std::move(value)}, {"id", std::move(id)}});
   QXConnection::openConnection(
-      connectionHandler(), *components,
+      connectionHandler(), *components, logged,
       [weak = weak_from_this(), type, statement = std::move(statement), completion = std::move(completion)](
           QXResponse response) { answerPipeline(weak, response, type, statement, true, completion); });
 }
@@ -290,54 +398,7 @@ void Quorvix::callClientSelector(std::shared_ptr<QXConversationalResponse> respo
 
 void Quorvix::extractPrivateInfo(std::shared_ptr<QXConversationalResponse> response,
                                  QXConversationCompletion completion) {
-  auto text = response ? response->text() : std::nullopt;
-  auto signature = text ? extractSignature(*text) : std::nullopt;
-  if (!signature) {
-    if (completion) completion(response, std::nullopt);
-    return;
-  }
-  response->setIsReadMore(false);
-  auto info = QXPersonalInfo::initWithSignature(*signature);
-  auto answered = std::make_shared<std::atomic<bool>>(false);
-  info->setPersonalInfoCallback([weak = weak_from_this(), response, completion, answered, signature = *signature,
-                                 id = info->personalInfoId(), arguments = info->methodArgs()](
-                                    std::optional<std::string> value, std::shared_ptr<QXAction> action) {
-    // The host answers once; a second call would deliver the reply twice.
-    if (answered->exchange(true)) return;
-    const std::string placeholder = "{{" + signature + "}}";
-    if (!value && !action) {
-      // No value: the placeholder becomes a button the host can offer.
-      action = std::make_shared<QXAction>();
-      action->setActionId(id);
-      auto userInfo = args(arguments);
-      if (userInfo) {
-        if (const auto* label = userInfo->if_contains("ButtonText"); label != nullptr && label->is_string()) {
-          action->setText(std::string(label->get_string()));
-        }
-      }
-      action->setUserInfo(std::move(userInfo));
-    }
-    const std::string replacement = value.value_or(std::string());
-    const std::string before = response->text().value_or(std::string());
-    response->setText(replaceAll(before, placeholder, replacement));
-    // A caption is what `text` shows: a placeholder left in it would be found
-    // again on every pass, so it is resolved there too.
-    if (auto* caption = response->params().if_contains("answersCaption"); caption != nullptr && caption->is_string()) {
-      *caption = replaceAll(std::string(caption->get_string()), placeholder, replacement);
-    }
-    response->addAction(std::move(action));
-    // A placeholder that could not be taken out (an odd signature such as
-    // "a{{b", or a value that brings it back) would be asked for forever.
-    const bool resolved = before.find(placeholder) != std::string::npos &&
-                          response->text().value_or(std::string()).find(placeholder) == std::string::npos;
-    if (!resolved) {
-      if (completion) completion(response, std::nullopt);
-      return;
-    }
-    if (auto self = weak.lock()) self->extractPrivateInfo(response, completion);
-  });
-  auto delegate = chatDelegate().lock();
-  if (delegate) delegate->shouldHandlePersonalInformation(std::move(info));
+  std::make_shared<PlaceholderResolver>(weak_from_this(), std::move(response), std::move(completion))->run();
 }
 
 void Quorvix::sendConversationFeedbackWithCompletion(QXConversationFeedbackCompletion completion) {

@@ -57,15 +57,16 @@ QXResponse readAnswer(Road road, std::string body, const std::optional<QXHTTPURL
   return response;
 }
 
-QXURLRequest identifiedRequest(std::string url) {
-  detail::logFormat("URL :: %@", url);
+QXURLRequest identifiedRequest(std::string url, std::string_view loggedAs) {
+  detail::logFormat("URL :: %@", loggedAs);
   QXURLRequest request = refererRequest(appParams("iOS"));
   request.url = std::move(url);
   return request;
 }
 
-void send(Road road, const std::shared_ptr<QXConnectionHandler>& handler, std::string url, QXResponseCompletion completion) {
-  QXURLRequest request = identifiedRequest(std::move(url));
+void send(Road road, const std::shared_ptr<QXConnectionHandler>& handler, std::string url, std::string_view loggedAs,
+          QXResponseCompletion completion) {
+  QXURLRequest request = identifiedRequest(std::move(url), loggedAs);
   auto answer = [road, weakHandler = std::weak_ptr<QXConnectionHandler>(handler), completion = std::move(completion)](
                     std::string body, std::optional<QXHTTPURLResponse> http, std::optional<QXError> error) {
     QXResponse response = readAnswer(road, std::move(body), http, error);
@@ -83,11 +84,18 @@ void send(Road road, const std::shared_ptr<QXConnectionHandler>& handler, std::s
 
 void QXConnection::openConnection(const std::shared_ptr<QXConnectionHandler>& handler, const URLComponents& components,
                                   QXResponseCompletion completion) {
-  send(Road::Components, handler, components.string(), std::move(completion));
+  std::string url = components.string();
+  const std::string logged = url;
+  send(Road::Components, handler, std::move(url), logged, std::move(completion));
+}
+
+void QXConnection::openConnection(const std::shared_ptr<QXConnectionHandler>& handler, const URLComponents& components,
+                                  const URLComponents& loggedAs, QXResponseCompletion completion) {
+  send(Road::Components, handler, components.string(), loggedAs.string(), std::move(completion));
 }
 
 void QXConnection::connection(const QXURLRequest& request, QXResponseCompletion completion) {
-  send(Road::Request, std::make_shared<QXDefaultConnectionHandler>(), request.url, std::move(completion));
+  send(Road::Request, std::make_shared<QXDefaultConnectionHandler>(), request.url, request.url, std::move(completion));
 }
 
 QXParseResult QXConnection::parse(std::string_view body) { return detail::parseJson(body); }

@@ -71,18 +71,18 @@ QXURLRequest refererRequest(std::string_view receiver) {
 std::optional<std::string> removingPercentEncoding(std::string_view receiver) {
   std::string out;
   out.reserve(receiver.size());
-  for (std::size_t i = 0; i < receiver.size(); ++i) {
-    if (receiver[i] != '%') {
-      out.push_back(receiver[i]);
-      continue;
-    }
-    if (i + 2 >= receiver.size()) return std::nullopt;
-    const int high = hexDigit(receiver[i + 1]);
-    const int low = hexDigit(receiver[i + 2]);
+  std::size_t from = 0;
+  // Copies the stretches between escapes whole.
+  for (auto at = receiver.find('%'); at != std::string_view::npos; at = receiver.find('%', from)) {
+    out.append(receiver.substr(from, at - from));
+    if (at + 2 >= receiver.size()) return std::nullopt;
+    const int high = hexDigit(receiver[at + 1]);
+    const int low = hexDigit(receiver[at + 2]);
     if (high < 0 || low < 0) return std::nullopt;
     out.push_back(static_cast<char>(high * 16 + low));
-    i += 2;
+    from = at + 3;
   }
+  out.append(receiver.substr(from));
   if (!detail::isValidUtf8(out)) return std::nullopt;
   return out;
 }
@@ -155,8 +155,16 @@ QXColor hex(std::string_view receiver) {
 }
 
 std::optional<Json> parseJSON(std::string_view receiver) {
-  const auto decoded = removingPercentEncoding(receiver);
-  auto result = detail::parseJson(decoded ? std::string_view(*decoded) : receiver);
+  // Text without an escape decodes to itself: it is read once.
+  if (receiver.find('%') != std::string_view::npos) {
+    if (const auto decoded = removingPercentEncoding(receiver)) {
+      auto result = detail::parseJson(*decoded);
+      if (auto* value = std::get_if<Json>(&result)) return std::move(*value);
+    }
+  }
+  // Text that did not decode, or no longer parses once decoded ("%22" in a
+  // string), is read as it came.
+  auto result = detail::parseJson(receiver);
   if (auto* value = std::get_if<Json>(&result)) return std::move(*value);
   return std::nullopt;
 }

@@ -30,7 +30,7 @@ QXTypedResult conversationalResponse(std::string_view, Json&& value) {
 }
 
 QXTypedResult searchResponse(std::string_view, Json&& value) {
-  if (auto search = QXSearchResponse::initWithParams(value.if_object())) return search;
+  if (auto* object = value.if_object()) return QXSearchResponse::initWithParams(std::move(*object));
   return std::monostate{};
 }
 

@@ -32,6 +32,32 @@ void appendEncoded(std::string& out, std::string_view text, Allowed allowed) {
   }
 }
 
+int hexValue(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  return -1;
+}
+
+// Percent-decodes one query name or value; an escape that is not one stays as written.
+std::string decodedComponent(std::string_view text) {
+  std::string out;
+  out.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '%' && i + 2 < text.size()) {
+      const int high = hexValue(text[i + 1]);
+      const int low = hexValue(text[i + 2]);
+      if (high >= 0 && low >= 0) {
+        out.push_back(static_cast<char>(high * 16 + low));
+        i += 2;
+        continue;
+      }
+    }
+    out.push_back(text[i]);
+  }
+  return out;
+}
+
 }  // namespace
 
 std::string percentEncode(std::string_view text) {
@@ -50,15 +76,28 @@ std::optional<URLComponents> URLComponents::parse(std::string_view url) {
   components.host_ = view.host();
   if (view.has_port() && !view.port().empty()) components.port_ = static_cast<int>(view.port_number());
   components.path_ = view.path();
-  if (view.has_query()) {
-    boost::urls::encoding_opts opts;
-    opts.space_as_plus = false;
-    for (auto param : view.params(opts)) {
-      components.queryItems_.push_back(
-          QueryItem{std::string(param.key), param.has_value ? std::optional<std::string>(param.value) : std::nullopt});
-    }
-  }
+  // The query is read here rather than through the library's parameter view,
+  // which misreads an empty query before a fragment ("a://b?#c").
+  if (view.has_query()) components.queryItems_ = queryItemsOf(view.encoded_query());
   return components;
+}
+
+std::vector<QueryItem> queryItemsOf(std::string_view encodedQuery) {
+  std::vector<QueryItem> items;
+  if (encodedQuery.empty()) return items;
+  std::size_t start = 0;
+  for (;;) {
+    const auto end = std::min(encodedQuery.find('&', start), encodedQuery.size());
+    const std::string_view piece = encodedQuery.substr(start, end - start);
+    const auto equals = piece.find('=');
+    if (equals == std::string_view::npos) {
+      items.push_back(QueryItem{decodedComponent(piece), std::nullopt});
+    } else {
+      items.push_back(QueryItem{decodedComponent(piece.substr(0, equals)), decodedComponent(piece.substr(equals + 1))});
+    }
+    if (end == encodedQuery.size()) return items;
+    start = end + 1;
+  }
 }
 
 void URLComponents::appendQueryItem(std::string name, std::optional<std::string> value) {

@@ -26,15 +26,9 @@ std::optional<Json> readBlocking(const std::shared_ptr<QXConnectionHandler>& han
     logError(*failure);
     return std::nullopt;
   }
+  // Whatever parses is the answer, whatever "status" its body gives.
   auto* value = std::get_if<Json>(&parsed);
   if (value == nullptr) return std::nullopt;
-  // The service reports a refusal in the body as well; such a reply is no answer.
-  if (const auto* object = value->if_object()) {
-    if (const Json* status = object->if_contains("status"); status != nullptr && integerValue(*status) != 200) {
-      logError(errors::service(static_cast<long>(integerValue(*status))));
-      return std::nullopt;
-    }
-  }
   return std::move(*value);
 }
 

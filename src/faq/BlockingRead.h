@@ -10,9 +10,9 @@
 namespace quorvix::detail {
 
 /// Reads the components' URL synchronously through the handler and parses the
-/// body. A transport error, a body that is not JSON and a reply whose "status"
-/// says the service refused are logged as "com.quorvix Error:%@" and give
-/// nothing; an empty body gives nothing.
+/// body. A transport error and a body that is not JSON are logged as
+/// "com.quorvix Error:%@" and give nothing; an empty body gives nothing. Any
+/// JSON is the answer, whatever "status" its body gives.
 std::optional<Json> readBlocking(const std::shared_ptr<QXConnectionHandler>& handler, const URLComponents& components);
 
 }  // namespace quorvix::detail

@@ -1,16 +1,15 @@
 #include "quorvix/faq/QXLabel.h"
 
 #include "configuration/JsonReading.h"
-#include "quorvix/engine/URLComponents.h"
 
 namespace quorvix {
 
 void QXLabel::inflate(const JsonObject& params) {
   QXFAQGroup::inflate(params);
+  // The icon is kept as sent: an absolute URL, or a path relative to the service.
   std::optional<std::string> icon;
   if (const Json* value = params.if_contains("icon"); value != nullptr && value->is_string()) {
-    // Only a URL that reads as one is kept.
-    if (URLComponents::parse(value->get_string())) icon = std::string(value->get_string());
+    icon = std::string(value->get_string());
   }
   std::lock_guard lock(mutex_);
   context_ = detail::textAt(params, "context");

@@ -164,30 +164,22 @@ JsonObject configurationJson(const QXConfiguration& configuration) {
                                             {"multiResultsHeader", text(settings->multiResultsHeader())}};
 
   json["isContextDependent"] = configuration.isContextDependent();
-  if (auto faqs = configuration.faqs()) {
-    JsonArray groups;
-    for (const auto& group : *faqs) groups.push_back(groupJson(*group));
-    json["faqs"] = std::move(groups);
-  } else {
-    json["faqs"] = nullptr;
-  }
+  JsonArray groups;
+  for (const auto& group : configuration.faqs()) groups.push_back(groupJson(*group));
+  json["faqs"] = std::move(groups);
   json["languageCode"] = text(configuration.languageCode());
   json["kbId"] = text(configuration.kbId());
   json["customNoAnswersText"] = text(configuration.customNoAnswersText());
   json["customNoAnswersTextContext"] = text(configuration.customNoAnswersTextContext());
   json["feedbackCustomiseText"] = text(configuration.feedbackCustomiseText());
-  if (auto labels = configuration.labels()) {
-    JsonArray list;
-    for (const auto& label : *labels) {
-      list.push_back(JsonObject{{"labelId", text(label->labelId())},
+  JsonArray labels;
+  for (const auto& label : configuration.labels()) {
+    labels.push_back(JsonObject{{"labelId", text(label->labelId())},
                                 {"context", text(label->context())},
                                 {"labelName", text(label->labelName())},
                                 {"iconUrl", text(label->iconUrl())}});
-    }
-    json["labels"] = std::move(list);
-  } else {
-    json["labels"] = nullptr;
   }
+  json["labels"] = std::move(labels);
   json["useLabels"] = configuration.useLabels();
   return json;
 }

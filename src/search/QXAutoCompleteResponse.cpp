@@ -67,6 +67,9 @@ std::vector<QXStyledText> QXAutoCompleteResponse::suggestions(const QXAutoComple
     std::lock_guard lock(fontMutex_);
     font_ = configuration.font();
   }
+  // The query travels percent-encoded; words are compared with what was typed.
+  const std::optional<std::string> typed =
+      query_ ? std::optional<std::string>(removingPercentEncoding(*query_).value_or(*query_)) : std::nullopt;
   std::vector<QXStyledText> styled;
   styled.reserve(a_.size());
   for (const auto& phrase : a_) {
@@ -75,7 +78,7 @@ std::vector<QXStyledText> QXAutoCompleteResponse::suggestions(const QXAutoComple
     if (configuration.font()) builder.apply(0, builder.length() - 1, regularOf(*configuration.font()));
     for (const auto& word : read.marked) {
       // A marked word that is exactly the typed text stays regular.
-      if (query_ && word == *query_) continue;
+      if (typed && word == *typed) continue;
       builder.applyToFirst(word, configuration.boldedFont());
     }
     styled.push_back(builder.build());

@@ -4,11 +4,19 @@
 
 namespace quorvix {
 
-void SearchAnswer::inflate(const JsonObject& params) {
-  QXQueryResult::inflate(params);
+void SearchAnswer::inflate(const JsonObject& params) { inflate(params, nullptr); }
+
+std::shared_ptr<SearchAnswer> SearchAnswer::initWithParams(const JsonObject& params,
+                                                           const std::shared_ptr<const void>& owner) {
+  auto answer = std::make_shared<SearchAnswer>();
+  answer->inflate(params, owner);
+  return answer;
+}
+
+void SearchAnswer::inflate(const JsonObject& params, const std::shared_ptr<const void>& owner) {
   // Search hits carry their identifier under "id" and a summary instead of the body.
+  inflateFields(params, "summary", owner);
   setResultId(detail::textAt(params, "id"));
-  updteBody(detail::textAt(params, "summary"));
   if (const auto* selection = params.if_contains("contextSelection")) contextSelection_ = *selection;
 }
 

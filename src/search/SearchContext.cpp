@@ -24,10 +24,11 @@ void SearchContext::inflate(const JsonObject& params) {
 }
 
 std::shared_ptr<SearchContextValue> SearchContext::contextForId(const Json& identifier) const {
-  // Identifiers compare by their integer readings: the text "7" finds the number 7.
+  // Identifiers compare by their integer readings: the text "7" finds the
+  // number 7, and a value without "id" reads as 0.
   const int64_t wanted = integerValue(identifier);
   for (const auto& value : values_) {
-    if (value->id() && integerValue(*value->id()) == wanted) return value;
+    if ((value->id() ? integerValue(*value->id()) : 0) == wanted) return value;
   }
   return nullptr;
 }

@@ -67,19 +67,22 @@ TEST(ConfigurationModelTest, FullConfigurationFillsEveryComponent) {
   EXPECT_EQ(config->negativeFeedback()->disclaimer(), "No personal data");
 
   EXPECT_FALSE(config->isContextDependent());
-  ASSERT_TRUE(config->faqs());
-  ASSERT_EQ(config->faqs()->size(), 2u);
-  EXPECT_EQ(config->faqs()->at(0)->title(), "Start");
-  ASSERT_EQ(config->faqs()->at(0)->data().size(), 2u);
-  EXPECT_EQ(config->faqs()->at(0)->data()[1]->resultId(), "2");
-  EXPECT_EQ(config->faqs()->at(0)->data()[1]->title(), "Two");
+  ASSERT_EQ(config->faqs().size(), 2u);
+  EXPECT_EQ(config->faqs().at(0)->title(), "Start");
+  ASSERT_EQ(config->faqs().at(0)->data().size(), 2u);
+  EXPECT_EQ(config->faqs().at(0)->data()[1]->resultId(), "2");
+  EXPECT_EQ(config->faqs().at(0)->data()[1]->title(), "Two");
 
-  ASSERT_TRUE(config->labels());
-  ASSERT_EQ(config->labels()->size(), 2u);
-  EXPECT_EQ(config->labels()->at(0)->labelId(), "10") << "a numeric id reads as its decimal text";
-  EXPECT_FALSE(config->labels()->at(0)->iconUrl());
-  EXPECT_EQ(config->labels()->at(1)->labelName(), "Security");
-  EXPECT_EQ(config->labels()->at(1)->iconUrl(), "https://cdn.example/s.png");
+  ASSERT_EQ(config->labels().size(), 2u);
+  EXPECT_EQ(config->labels().at(0)->labelId(), "10") << "a numeric id reads as its decimal text";
+  EXPECT_FALSE(config->labels().at(0)->iconUrl());
+  EXPECT_EQ(config->labels().at(1)->labelName(), "Security");
+  EXPECT_EQ(config->labels().at(1)->iconUrl(), "https://cdn.example/s.png");
+  // A range-for over the call holds what it walks, even over a temporary configuration.
+  std::vector<std::string> walked;
+  for (const auto& group : inflated(kFull)->faqs()) walked.push_back(group->title().value_or("?"));
+  for (const auto& label : inflated(kFull)->labels()) walked.push_back(label->labelName().value_or("?"));
+  EXPECT_EQ(walked, (std::vector<std::string>{"Start", config->faqs().at(1)->title().value_or("?"), "Billing", "Security"}));
 
   auto settings = config->conversationSettings();
   EXPECT_TRUE(settings->requireAPIKey());
@@ -104,9 +107,8 @@ TEST(ConfigurationModelTest, EmptyConfigurationGivesTheDefaults) {
   EXPECT_FALSE(config->statusBarColor());
   EXPECT_FALSE(config->logo()->hideBranding()) << "a missing switch reads as off";
   EXPECT_FALSE(config->isContextDependent());
-  ASSERT_TRUE(config->faqs());
-  EXPECT_TRUE(config->faqs()->empty());
-  EXPECT_FALSE(config->labels());
+  EXPECT_TRUE(config->faqs().empty());
+  EXPECT_TRUE(config->labels().empty());
   EXPECT_FALSE(config->conversationSettings()->requireAPIKey());
   EXPECT_EQ(config->autoComplete()->font(), QXFont::systemFontOfSize(12.0));
   EXPECT_EQ(config->autoComplete()->boldedFont(), QXFont::boldSystemFontOfSize(12.0));
@@ -118,17 +120,17 @@ TEST(ConfigurationModelTest, EmptyConfigurationGivesTheDefaults) {
 TEST(ConfigurationModelTest, FaqDataAndLabelScriptShapes) {
   auto dependent = inflated(R"({"faqData": "context-dependent"})");
   EXPECT_TRUE(dependent->isContextDependent());
-  EXPECT_FALSE(dependent->faqs()) << "no groups come from the file";
+  EXPECT_TRUE(dependent->faqs().empty()) << "no groups come from the file";
 
   // Hostile shapes are read safely: groups that are not dictionaries are skipped.
   auto odd = inflated(R"({"faqData": [1, "x", {"title": "Only", "data": "no"}], "onLoadPageScript": "%ZZ[{"})");
   EXPECT_FALSE(odd->isContextDependent());
-  ASSERT_EQ(odd->faqs()->size(), 1u);
-  EXPECT_TRUE(odd->faqs()->at(0)->data().empty());
-  EXPECT_FALSE(odd->labels()) << "a script that does not parse leaves the labels unset";
+  ASSERT_EQ(odd->faqs().size(), 1u);
+  EXPECT_TRUE(odd->faqs().at(0)->data().empty());
+  EXPECT_TRUE(odd->labels().empty()) << "a script that does not parse leaves the labels unset";
 
   auto object = inflated(R"({"faqData": {"title": "x"}, "titleBGColor": 12, "conversationSettings": {"data": 5}})");
-  EXPECT_TRUE(object->faqs()->empty());
+  EXPECT_TRUE(object->faqs().empty());
   EXPECT_FALSE(object->navBar()->backgroundColor());
 
   // Settings that name channels alone do not switch them on.

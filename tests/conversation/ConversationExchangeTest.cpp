@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <boost/json.hpp>
+#include <functional>
+#include <pthread.h>
 #include <thread>
 
 #include "quorvix/conversation/QXConversationMissingEntity.h"
@@ -173,6 +175,13 @@ TEST_F(ConversationExchangeTest, StatementsAreRestoredPostbacksGoUntouchedAndThe
   engine->conversationArticle("fees", "99", record(outcome));
   EXPECT_EQ(items(2), (Items{{"articleId", "fees"}, {"id", "11"}}));
   EXPECT_EQ(engine->conversationId(), "11");
+  // The logged address shows the statement as the user wrote it, with the token.
+  std::size_t withToken = 0;
+  for (const auto& line : log->lines()) {
+    EXPECT_EQ(line.find("1234567"), std::string::npos) << line;
+    withToken += line.starts_with("URL :: ") && line.find("pay%20250000%20now") != std::string::npos;
+  }
+  EXPECT_EQ(withToken, 2u) << "the statement and the postback";
 }
 
 TEST_F(ConversationExchangeTest, AnswerPipelineOrder) {
@@ -213,6 +222,8 @@ TEST_F(ConversationExchangeTest, MissingEntitiesGoToTheDelegateAndResendsKeepThe
   amount->setValue("100");
   missing->addEntity(amount);
   delegate->handlers[0](missing);
+  delegate->handlers[0](missing);  // the handler acts once
+  ASSERT_EQ(handler->requests().size(), 2u);
   EXPECT_EQ(items(1),
             (Items{{"postback", "transfer"}, {"entities", R"([{"type":"number","value":"100"}])"}, {"id", "5"}}));
 
@@ -275,6 +286,50 @@ TEST_F(ConversationExchangeTest, PlaceholdersAreResolvedOneAfterTheOtherWithOneC
   EXPECT_EQ(button->actionId(), "card");
   EXPECT_EQ(button->text(), "Show card");
   EXPECT_EQ(button->userInfo(), boost::json::parse(R"({"ButtonText":"Show card","x":"2"})").as_object());
+}
+
+// Runs `work` on a thread with a small stack: work that recurses per input item overflows it.
+void onSmallStack(const std::function<void()>& work) {
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  pthread_attr_setstacksize(&attributes, 512 * 1024);
+  pthread_t thread;
+  auto run = [](void* argument) -> void* {
+    (*static_cast<const std::function<void()>*>(argument))();
+    return nullptr;
+  };
+  ASSERT_EQ(pthread_create(&thread, &attributes, run, const_cast<std::function<void()>*>(&work)), 0);
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attributes);
+}
+
+// A host that answers every placeholder at once, on the thread that asks.
+class AnsweringChatDelegate : public RecordingChatDelegate {
+ public:
+  bool shouldHandlePersonalInformation(std::shared_ptr<QXPersonalInfo> info) override {
+    ++asked;
+    info->personalInfoCallback()(info->personalInfoId().substr(1), nullptr);
+    return true;
+  }
+  int asked = 0;
+};
+
+TEST_F(ConversationExchangeTest, ManyPlaceholdersAnsweredAtOnceAreResolvedWithoutRecursion) {
+  auto answering = std::make_shared<AnsweringChatDelegate>();
+  engine->setChatDelegate(answering);
+  std::string text;
+  std::string expected;
+  for (int i = 0; i < 3000; ++i) {
+    text += "{{p" + std::to_string(i) + "()}}.";
+    expected += std::to_string(i) + ".";
+  }
+  Outcome outcome;
+  engine->conversationStatement("all", false, "5", record(outcome));
+  const std::string body = boost::json::serialize(JsonObject{{"text", text}});
+  onSmallStack([&] { ASSERT_TRUE(handler->answer(kStatement, Reply::json(body))); });
+  EXPECT_EQ(answering->asked, 3000);
+  ASSERT_EQ(outcome.calls, 1);
+  EXPECT_EQ(outcome.response->text(), expected);
 }
 
 TEST_F(ConversationExchangeTest, PlaceholdersWithoutAHelpingDelegateNeverComplete) {

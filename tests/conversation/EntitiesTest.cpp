@@ -56,6 +56,15 @@ TEST(EntitiesTest, ChildPropertiesAreSnapshotsWhileEntityPropertiesAreLive) {
             boost::json::parse(R"([{"value":"changed","properties":[{"value":"before"}]}])"));
 }
 
+TEST(EntitiesTest, NullEntriesTheHostPassesAreSkipped) {
+  auto missing = QXConversationMissingEntity::initWithStatement("send 100");
+  auto amount = std::make_shared<QXEntity>();
+  amount->setValue("100");
+  amount->setProperties({nullptr, Property::initWithKind("k", std::nullopt, "v", std::nullopt), nullptr});
+  missing->setEnteties({nullptr, amount, nullptr});
+  EXPECT_EQ(missing->inJSON(), R"([{"value":"100","properties":[{"kind":"k","value":"v"}]}])");
+}
+
 TEST(EntitiesTest, MissingEntityJsonIsTheArrayOfEntities) {
   auto missing = QXConversationMissingEntity::initWithStatement("send 100");
   EXPECT_EQ(missing->inJSON(), "[]");

@@ -38,6 +38,8 @@ TEST(ReplyModelTest, TextThatIsNoJsonObjectStillMakesAValidEmptyReply) {
   EXPECT_FALSE(QXConversationalResponse::initWithDictionary(object(R"({"text":"x"})"))->isValid());
   EXPECT_FALSE(QXConversationalResponse::initWithData(R"({"text":"x"})")->isValid());
   EXPECT_EQ(QXConversationalResponse::initWithData(R"({"text":"x"})")->text(), "x");
+  // Text that holds an escape such as "%22" keeps its words.
+  EXPECT_EQ(QXConversationalResponse::initWithJSON(R"({"text":"Say %22hi%22"})")->text(), "Say %22hi%22");
 }
 
 TEST(ReplyModelTest, ListsAreBuiltOnTheFirstReadThatFindsThemAndKept) {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <boost/json.hpp>
+#include <map>
 #include <string>
 
 #include "quorvix/conversation/QXTokenizer.h"
@@ -50,9 +51,26 @@ TEST_F(TokenizerTest, TheLastCharacterIsLeftOutOfTheSearch) {
   EXPECT_EQ(tokenizer.tokens()->at("250000"), "123456");
   // A run of exactly the minimum length at the very end is not matched at all.
   EXPECT_EQ(textOf(tokenizer.decode(statement("ref 987654"))), "ref 987654");
-  EXPECT_EQ(textOf(tokenizer.encode(statement("pay 250000"))), "pay 250000");
   // The last character is a whole character, not a byte.
   EXPECT_EQ(textOf(tokenizer.decode(statement("1234567€"))), "250001€");
+}
+
+TEST_F(TokenizerTest, EveryOccurrenceIsMaskedAndRestoredAndLogsShowTokensOnly) {
+  // A matched number is replaced wherever it stands, in the run that ends the
+  // text too (that run is outside the search itself).
+  EXPECT_EQ(textOf(tokenizer.decode(statement("1234567 then 1234567"))), "250000 then 250000");
+  tokenizer.setTokens(std::nullopt);
+  tokenizer.setToken(250000);
+  EXPECT_EQ(textOf(tokenizer.decode(statement("acct 123456 and 123456"))), "acct 250000 and 250000");
+  EXPECT_EQ(textOf(tokenizer.decode(statement("n 1234567 / 9876543210"))), "n 250001 / 2500020");
+
+  // Restoring reads every run, the one that ends the statement too.
+  tokenizer.setTokens(std::map<std::string, std::string>{{"250000", "1234567"}});
+  EXPECT_EQ(textOf(tokenizer.encode(statement("pay 250000"))), "pay 1234567");
+  EXPECT_EQ(textOf(tokenizer.encode(statement("250000 or 250000"))), "1234567 or 1234567");
+  // The log shows what went out masked, never the values the tokens stand for.
+  for (const auto& line : log->lines()) EXPECT_EQ(line.find("123456"), std::string::npos) << line;
+  EXPECT_EQ(log->countStartingWith("tokened pay 250000"), 1u);
 }
 
 TEST_F(TokenizerTest, NewValuesTakeTheNextTokenAndValuesSeenAgainRebind) {

@@ -3,6 +3,7 @@
 #include <boost/json/parse.hpp>
 
 #include "quorvix/engine/Helpers.h"
+#include "quorvix/engine/URLComponents.h"
 #include "support/PlatformFixture.h"
 
 namespace quorvix {
@@ -63,6 +64,28 @@ TEST_F(HelpersTest, DecodingAndJsonFromText) {
   EXPECT_EQ(parseJSON("42"), Json(42));
   EXPECT_EQ(parseJSON("100%"), std::nullopt);  // undecodable text is parsed as it stands
   EXPECT_EQ(parseJSON("{broken"), std::nullopt);
+  // Text that no longer parses once decoded is read as it came.
+  EXPECT_EQ(parseJSON(R"({"text":"say %22hi%22"})"), boost::json::parse(R"({"text":"say %22hi%22"})"));
+  EXPECT_EQ(parseJSON(R"({"text":"100%25 sure"})"), boost::json::parse(R"({"text":"100% sure"})"));
+}
+
+TEST_F(HelpersTest, AddressesAreReadWithoutTrustingThem) {
+  // An empty query followed by a fragment is data, not a reason to fail.
+  auto odd = URLComponents::parse("a://b?#c");
+  ASSERT_TRUE(odd);
+  EXPECT_EQ(odd->host(), "b");
+  EXPECT_TRUE(odd->queryItems().empty());
+  for (const char* url : {"a://b?&#c", "a://b?=#", "a://b?&&=&#x?y", "a://b/?#", "quorvix://x.send?#c"}) {
+    auto read = URLComponents::parse(url);
+    ASSERT_TRUE(read) << url;
+    EXPECT_NO_THROW((void)read->string()) << url;
+  }
+  auto items = URLComponents::parse("https://h/p?x=1&y&=z&x=%41+b&e=&#frag");
+  ASSERT_TRUE(items);
+  EXPECT_EQ(items->queryItems(), (std::vector<QueryItem>{{"x", "1"}, {"y", std::nullopt}, {"", "z"}, {"x", "A+b"},
+                                                        {"e", ""}, {"", std::nullopt}}));
+  EXPECT_EQ(URLComponents::parse("a://b?&&")->queryItems().size(), 3u);
+  EXPECT_TRUE(URLComponents::parse("a://b?")->queryItems().empty());
 }
 
 TEST_F(HelpersTest, IdentifiersFromQueriesAndNumbers) {

@@ -205,6 +205,36 @@ TEST_F(FaqRequestsTest, AnswerStoreRefusesIdentifiersOutsideItsFolder) {
   EXPECT_TRUE(QXCacheManager::answerById("2"));
 }
 
+TEST_F(FaqRequestsTest, AnswerStoreHoldsEveryNameTheFilesystemDoesAndNeverFollowsLinks) {
+  const std::string answer = archived(JsonObject{{"objectId", "x"}});
+  for (std::size_t length : {200u, 244u, 250u, 255u}) {
+    const std::string id(length, 'a');
+    EXPECT_TRUE(QXCacheManager::storeAnswerById(id, answer)) << length;
+    EXPECT_EQ(QXCacheManager::answerById(id), (JsonObject{{"objectId", "x"}})) << length;
+  }
+  EXPECT_FALSE(QXCacheManager::storeAnswerById(std::string(256, 'a'), answer));
+  for (const auto& entry : fs::directory_iterator(QXCacheManager::cachePath())) {
+    EXPECT_EQ(entry.path().filename().string().find(".tmp"), std::string::npos) << "no temporary file is left";
+  }
+
+  // Links inside the store lead nowhere: neither to a file outside nor to a folder outside.
+  const fs::path outside = root / "outside";
+  fs::create_directories(outside);
+  { std::ofstream(outside / "secret") << R"({"objectId":"secret"})"; }
+  const fs::path store = QXCacheManager::cachePath();
+  fs::create_symlink(outside / "secret", store / "linked");
+  fs::create_directory_symlink(outside, store / "folder");
+  EXPECT_FALSE(QXCacheManager::answerById("linked"));
+  EXPECT_FALSE(QXCacheManager::answerById("folder/secret"));
+  EXPECT_FALSE(QXCacheManager::storeAnswerById("folder/new", answer));
+  EXPECT_FALSE(fs::exists(outside / "new"));
+  // Storing under a link's name replaces the link, not what it points at.
+  EXPECT_TRUE(QXCacheManager::storeAnswerById("linked", answer));
+  EXPECT_FALSE(fs::is_symlink(store / "linked"));
+  std::ifstream kept(outside / "secret");
+  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(kept), {}), R"({"objectId":"secret"})");
+}
+
 TEST_F(FaqRequestsTest, LikeReportsOnTheMainExecutorAndOnlyHttp200Succeeds) {
   auto result = std::make_shared<QXQueryResult>();
   result->setResultId("1003");

@@ -67,11 +67,10 @@ TEST_F(ConfigurationIntegrationTest, PrepareRoadEndsWithTheEnginePrepared) {
   EXPECT_EQ(configuration->kbId(), "4711");
   EXPECT_EQ(configuration->navBar()->title(), "Acme Support");
   EXPECT_EQ(configuration->statusBarColor(), (QXColor{1.0, 128.0 / 255.0, 0.0, 1.0}));
-  ASSERT_TRUE(configuration->labels());
-  EXPECT_EQ(configuration->labels()->size(), 3u);
-  ASSERT_EQ(configuration->faqs()->size(), 1u);
-  EXPECT_EQ(configuration->faqs()->at(0)->title(), "Getting started");
-  EXPECT_EQ(configuration->faqs()->at(0)->data().size(), 5u);
+    EXPECT_EQ(configuration->labels().size(), 3u);
+  ASSERT_EQ(configuration->faqs().size(), 1u);
+  EXPECT_EQ(configuration->faqs().at(0)->title(), "Getting started");
+  EXPECT_EQ(configuration->faqs().at(0)->data().size(), 5u);
 
   const auto cnf = service.requestsFor("/widget/scripts/cnf.json").at(0);
   EXPECT_EQ(cnf.target.substr(cnf.target.find("&kb=")), "&kb=support&isFloat=true");
@@ -114,9 +113,9 @@ TEST_F(ConfigurationIntegrationTest, LabelAndContextDecideTheGroups) {
   params->setLabelId("27");
   auto configuration = prepare();
   ASSERT_TRUE(configuration);
-  ASSERT_EQ(configuration->faqs()->size(), 1u);
-  EXPECT_EQ(configuration->faqs()->at(0)->title(), "Security");
-  EXPECT_EQ(configuration->faqs()->at(0)->data().size(), 4u);
+  ASSERT_EQ(configuration->faqs().size(), 1u);
+  EXPECT_EQ(configuration->faqs().at(0)->title(), "Security");
+  EXPECT_EQ(configuration->faqs().at(0)->data().size(), 4u);
 
   // Under a context the list is read for it.
   params->setLabelId(std::nullopt);
@@ -124,8 +123,8 @@ TEST_F(ConfigurationIntegrationTest, LabelAndContextDecideTheGroups) {
   configuration = prepare();
   ASSERT_TRUE(configuration);
   EXPECT_TRUE(configuration->isContextDependent());
-  ASSERT_EQ(configuration->faqs()->size(), 1u);
-  EXPECT_EQ(configuration->faqs()->at(0)->title(), "Mesh Node M2 essentials");
+  ASSERT_EQ(configuration->faqs().size(), 1u);
+  EXPECT_EQ(configuration->faqs().at(0)->title(), "Mesh Node M2 essentials");
 }
 
 }  // namespace

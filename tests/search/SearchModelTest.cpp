@@ -79,6 +79,25 @@ TEST(SearchResponseTest, HitsReadTheirIdSummaryAndContextNames) {
   EXPECT_FALSE(plain->extraData());
 }
 
+TEST(SearchResponseTest, HitsAlwaysHaveAHandlerAndValuesWithoutIdAreIdentifierZero) {
+  // No "context" in the reply: the hit still resolves, through an empty context.
+  auto bare = read<QXSearchResponse>(R"({"answers":[{"id":"1","contextSelectionOnly":true,"contextSelection":[3]}]})");
+  ASSERT_EQ(bare->answerList().size(), 1u);
+  const auto handler = bare->answerList()[0]->contextValueHandler();
+  ASSERT_TRUE(handler);
+  EXPECT_EQ(handler->contextForId(Json(3)), nullptr);
+  EXPECT_EQ(handler->multipleContext(), std::nullopt);
+  EXPECT_EQ(bare->answerList()[0]->contextValue(), "(null)");
+
+  // A value without "id" reads as identifier 0, as a missing number reads.
+  auto noId = read<QXSearchResponse>(R"({"context":{"values":[{"name":"Anonymous"},{"id":"2","name":"Two"}]}})");
+  const auto anonymous = noId->contextForId(Json(0));
+  ASSERT_TRUE(anonymous);
+  EXPECT_EQ(anonymous->name(), "Anonymous");
+  EXPECT_EQ(noId->contextForId(Json(2))->name(), "Two");
+  EXPECT_EQ(noId->contextForId(Json(5)), nullptr);
+}
+
 TEST(SearchResponseTest, ReplyChannelsAreBuiltOnFirstRead) {
   auto response = read<QXSearchResponse>(R"({"rechanneling":[{"actionEsc":1,"linkUrl":"https://x"}]})");
   auto channels = response->channels();
@@ -122,6 +141,11 @@ TEST_F(SuggestionStylingTest, MarkedWordsAreEmphasisedUnlessTheyAreTheTypedText)
   auto blank = reply(R"({"a":["re|set*"]})", "text=re%20set");
   EXPECT_EQ(blank->query(), "re%20set");
   EXPECT_EQ(blank->suggestions(configuration)[0].runs.back(), (QXFontRun{3, 3, bold}));
+
+  // The typed text is compared decoded: "don't" arrives as "don%27t" and is still the typed word.
+  auto apostrophe = reply(R"({"a":["don't*|stop*"]})", "text=don%27t&stemming=true");
+  EXPECT_EQ(apostrophe->query(), "don%27t");
+  EXPECT_EQ(apostrophe->suggestions(configuration)[0], (QXStyledText{"don't stop ", {{0, 6, regular}, {6, 4, bold}}}));
 }
 
 TEST_F(SuggestionStylingTest, RangesCountUtf16Units) {

@@ -2,6 +2,7 @@
 // their completions hear, through a recording transport.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <boost/json/parse.hpp>
 
 #include "quorvix/channeling/QXWebRequest.h"
@@ -91,6 +92,28 @@ TEST_F(SearchWireTest, SearchWithoutResultOrWithErrorReportsAsDescribed) {
   EXPECT_EQ(errors, (std::vector<std::optional<QXError>>{errors::service(503)}));
 }
 
+TEST_F(SearchWireTest, AReplyWithBothAnHttpErrorAndAResultGoesAsEachCallOrdersIt) {
+  // The search tests the error first; suggestions test the result first.
+  handler->autoReply("/q.js", {Reply::json(R"({"answers":[{"id":"1","title":"T"}]})", 500)});
+  handler->autoReply("/autoComplete", {Reply::json(R"({"a":["reset|password*"]})", 500)});
+  int searches = 0;
+  engine->searchText("x", [&](std::shared_ptr<QXSearchResponse> result, std::optional<QXError> error) {
+    ++searches;
+    EXPECT_FALSE(result);
+    EXPECT_EQ(error, errors::service(500));
+  });
+  int suggestions = 0;
+  engine->suggestionsForText("pass", [&](std::shared_ptr<QXAutoCompleteResponse> result, std::optional<QXError> error) {
+    ++suggestions;
+    ASSERT_TRUE(result);
+    EXPECT_EQ(result->a(), std::vector<std::string>{"reset|password*"});
+    EXPECT_FALSE(error);
+  });
+  EXPECT_EQ(searches, 1);
+  EXPECT_EQ(suggestions, 1);
+  EXPECT_EQ(engine->cachedSuggestions().count("pass"), 1u);
+}
+
 TEST_F(SearchWireTest, SuggestionsAreCachedByTextUntilStop) {
   handler->autoReply("/autoComplete", {Reply::json(R"({"a":["reset|password*"]})")});
   std::vector<std::string> queries;
@@ -173,6 +196,12 @@ TEST_F(SearchWireTest, ChannelUseIsEscalatedForHitsAndReportedOtherwise) {
   EXPECT_EQ(report.queryValue("articleId"), "0");
   EXPECT_EQ(report.queryValue("trafficSource"), "FAQ");
   EXPECT_EQ(log->countStartingWith("Report Channel URL:: "), 2u);
+  // The escalation is logged as it went out: with "sid" appended, its value hidden.
+  const auto lines = log->lines();
+  const auto escalated = std::find_if(lines.begin(), lines.end(),
+                                      [](const std::string& line) { return line.starts_with("Report Channel URL:: "); });
+  ASSERT_NE(escalated, lines.end());
+  EXPECT_TRUE(escalated->ends_with("&sid=***")) << *escalated;
 
   engine->trackEvent(JsonObject{{"event", "open"}});
   const auto event = last("/trackEvent");
@@ -235,6 +264,26 @@ TEST(ChannelPageTest, PrivateSchemeRequestsAreClassified) {
   EXPECT_EQ(result(page("quorvix://x.send?result=ok&b=2")), "ok");
   EXPECT_EQ(formData(page(R"(quorvix://formData/{"name":"Ann"})")), boost::json::parse(R"({"name":"Ann"})"));
   EXPECT_EQ(formData(page("quorvix://formData/")), std::nullopt);
+}
+
+TEST(ChannelPageTest, RawPageAddressesAreReadLeniently) {
+  // What a page hands over is often no strict URL; it is read as formData reads it.
+  const auto raw = page(R"(quorvix://formData/{"name":"Ann Lee","note":"a|b"})");
+  EXPECT_TRUE(isQuorvix(raw));
+  EXPECT_EQ(type(raw), 0);
+  EXPECT_TRUE(formData(raw));
+  EXPECT_TRUE(isQuorvix(page("quorvix:")));
+  EXPECT_FALSE(isQuorvix(page("QUORVIX://page.cancel"))) << "the scheme is compared exactly";
+  EXPECT_FALSE(isQuorvix(page("https://quorvix:1/")));
+  EXPECT_FALSE(isQuorvix(page("")));
+  EXPECT_EQ(type(page("quorvix://form.send?result=4 {x}")), 4);
+  EXPECT_EQ(type(page("quorvix://a b.cancel")), 1);
+  EXPECT_EQ(type(page("quorvix://a.contactForm/files/removeFile?x=\"y\"#top")), 9);
+  EXPECT_EQ(result(page("quorvix://x.send?result=a%20b c")), "a b c");
+  // An empty query before a fragment: one empty item at most, never a crash.
+  EXPECT_EQ(type(page("quorvix://form.send?#c")), 0);
+  EXPECT_EQ(result(page("quorvix://form.send?#c")), std::nullopt);
+  EXPECT_EQ(type(page("a://b?#c")), 0);
 }
 
 }  // namespace

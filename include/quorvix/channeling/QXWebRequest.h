@@ -26,12 +26,18 @@ struct QXWebRequest {
   std::string body;
 };
 
-/// Whether the request is one of the channel pages' own ("quorvix:" scheme).
+/// Whether the request is one of the channel pages' own: the text before the
+/// address's first ":" is exactly "quorvix".
+///
+/// These helpers read an address leniently, as `formData` does: a page hands
+/// over what it built, which need not be a strict URL (blanks, braces, quotes
+/// in the query). The host is what follows "//" up to "/", "?" or "#"; the
+/// query what follows the first "?" up to "#", read by `queryItemsOf`.
 bool isQuorvix(const QXWebRequest& request);
 /// The page's command: 1 cancel, the "result" of a send (0 without exactly
 /// one such item), 6 exit, 8 contact form (9 for its file removal), 0 anything else.
 int64_t type(const QXWebRequest& request);
-/// The value of the address's first query item, if any.
+/// The decoded value of the address's first query item, if any.
 std::optional<std::string> result(const QXWebRequest& request);
 /// The JSON after "quorvix://formData/" in the address, parsed; nothing when it does not parse.
 std::optional<Json> formData(const QXWebRequest& request);

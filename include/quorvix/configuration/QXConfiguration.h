@@ -67,10 +67,11 @@ class QXConfiguration : public QXBaseResponse {
   /// Whether the FAQ list depends on the search context ("faqData" is
   /// "context-dependent"); the FAQ groups are then read from the service.
   bool isContextDependent() const;
-  /// The FAQ groups to show first (nothing on a configuration not yet inflated).
-  std::optional<std::vector<std::shared_ptr<QXFAQGroup>>> faqs() const;
+  /// The FAQ groups to show first: a copy of the list, so a range-for over the
+  /// call holds it (empty when there are none, or not yet).
+  std::vector<std::shared_ptr<QXFAQGroup>> faqs() const;
   /// Replaces `faqs()`.
-  void setFaqs(std::optional<std::vector<std::shared_ptr<QXFAQGroup>>> faqs);
+  void setFaqs(std::vector<std::shared_ptr<QXFAQGroup>> faqs);
   /// Builds one group per dictionary of the array, in order; anything that is
   /// not an array (or nullptr) gives an empty list, and elements that are not
   /// dictionaries are skipped.
@@ -87,8 +88,10 @@ class QXConfiguration : public QXBaseResponse {
   /// Heading of the box that asks how an article can be improved.
   const std::optional<std::string>& feedbackCustomiseText() const { return feedbackCustomiseText_; }
 
-  /// The labels listed by "onLoadPageScript" (nothing when it did not parse).
-  std::optional<std::vector<std::shared_ptr<QXLabel>>> labels() const;
+  /// The labels listed by "onLoadPageScript": a copy of the list, so a
+  /// range-for over the call holds it (empty when there are none or the
+  /// script did not parse).
+  std::vector<std::shared_ptr<QXLabel>> labels() const;
   /// Builds one label per dictionary of the array, in order; nullptr or a
   /// value that is not an array leaves the labels unchanged.
   void setLabels(const Json* labels);
@@ -120,13 +123,13 @@ class QXConfiguration : public QXBaseResponse {
   mutable std::shared_ptr<QXLogoConfiguration> logo_;
   mutable std::shared_ptr<ConversationSettings> conversationSettings_;
   bool isContextDependent_ = false;
-  std::optional<std::vector<std::shared_ptr<QXFAQGroup>>> faqs_;
+  std::vector<std::shared_ptr<QXFAQGroup>> faqs_;
   std::optional<std::string> languageCode_;
   std::optional<std::string> kbId_;
   std::optional<std::string> customNoAnswersText_;
   std::optional<std::string> customNoAnswersTextContext_;
   std::optional<std::string> feedbackCustomiseText_;
-  std::optional<std::vector<std::shared_ptr<QXLabel>>> labels_;
+  std::vector<std::shared_ptr<QXLabel>> labels_;
   bool useLabels_ = false;
 };
 

@@ -27,8 +27,8 @@ class QXConversationMissingEntity : public QXObject {
   void setStatement(std::optional<std::string> statement) { statement_ = std::move(statement); }
   /// The entities, in the order they were added.
   const std::vector<std::shared_ptr<QXEntity>>& enteties() const { return enteties_; }
-  /// Replaces `enteties()`.
-  void setEnteties(std::vector<std::shared_ptr<QXEntity>> enteties) { enteties_ = std::move(enteties); }
+  /// Replaces `enteties()`; null entries are left out.
+  void setEnteties(std::vector<std::shared_ptr<QXEntity>> enteties);
   /// Appends an entity; a null one is ignored.
   void addEntity(const std::shared_ptr<QXEntity>& entity);
 

@@ -70,8 +70,8 @@ class QXEntity : public QXObject {
 
   /// The properties added so far.
   const std::vector<std::shared_ptr<Property>>& properties() const { return properties_; }
-  /// Replaces `properties()`.
-  void setProperties(std::vector<std::shared_ptr<Property>> properties) { properties_ = std::move(properties); }
+  /// Replaces `properties()`; null entries are left out.
+  void setProperties(std::vector<std::shared_ptr<Property>> properties);
   /// Appends a property; a null one is ignored. Its JSON is taken when
   /// `inJSON` is called, so later changes to it show.
   void addProperty(const std::shared_ptr<Property>& property);

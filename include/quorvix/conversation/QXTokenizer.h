@@ -3,6 +3,7 @@
 /// Masking of long numbers in bot replies and their restoring in statements.
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -19,9 +20,11 @@ namespace quorvix {
 /// value before the statement is sent. The map only grows.
 ///
 /// Both directions act on the "text" field of a JSON object only; anything
-/// else passes through unchanged. The last character of a text is left out of
-/// the search, so a run that ends the text is matched without its last digit.
-/// Matching is linear in the length of the text (no backtracking).
+/// else passes through unchanged. Masking leaves the last character of a text
+/// out of the search, so a run that ends the text is matched without its last
+/// digit; yet every occurrence of a matched number is replaced, that run
+/// included. Restoring reads the whole statement. Matching and replacing are
+/// one linear pass over the text; log lines show tokens, never the values.
 ///
 /// Safe to use from several threads.
 class QXTokenizer {
@@ -47,11 +50,14 @@ class QXTokenizer {
   /// Restores tokens in the "text" of a JSON object's text (runs of 4+
   /// digits that are tokens become their values); anything else comes back unchanged.
   std::string encode(std::string_view json);
-  /// Replaces each match of the case-insensitive pattern, searched in all but
-  /// the last character, by `replaceValue` (decode) or `extractValue`
-  /// (restore) of it. A text matched more than once takes its first
-  /// replacement everywhere. Logs "tokened %@" when anything matched; a
-  /// pattern that does not compile matches nothing.
+  /// Replaces each match of the case-insensitive pattern by `replaceValue`
+  /// (decode, searching all but the last character) or `extractValue`
+  /// (restore, searching the whole statement) of it, and every other
+  /// occurrence of a matched text as a whole match of the pattern too. A
+  /// text matched more than once takes its first replacement everywhere.
+  /// Logs "tokened %@" with the masked side (the result when decoding, the
+  /// statement when restoring) when anything matched; a pattern that does
+  /// not compile matches nothing.
   std::optional<std::string> updateStatement(std::optional<std::string_view> statement, std::string_view regex,
                                              bool decode);
   /// Mints or reuses a token for the value and gives the token's text. The
@@ -63,7 +69,7 @@ class QXTokenizer {
   std::string extractValue(const std::string& key) const;
 
  private:
-  std::string replaceValueLocked(const std::string& value);
+  std::string replaceValueLocked(std::string_view value);
   std::string extractValueLocked(const std::string& key) const;
   std::optional<std::string> updateLocked(std::string_view statement, std::string_view regex, bool decode);
   std::string rewriteText(std::string_view json, std::string_view regex, bool decode);
@@ -71,8 +77,17 @@ class QXTokenizer {
   mutable std::mutex mutex_;
   int64_t token_;
   std::optional<std::map<std::string, std::string>> tokens_;
+  // The entry of `slotToken_` in `tokens_`, while `slotValid_`.
+  std::map<std::string, std::string>::iterator slot_;
+  int64_t slotToken_ = 0;
+  bool slotValid_ = false;
+  // Looks text up without making a string of it.
+  struct TextHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>{}(text); }
+  };
   // How many tokens each value is bound to, so "seen before" is one look-up.
-  std::unordered_map<std::string, std::size_t> boundValues_;
+  std::unordered_map<std::string, std::size_t, TextHash, std::equal_to<>> boundValues_;
 };
 
 }  // namespace quorvix

@@ -42,8 +42,9 @@ int pathType(std::string_view receiver);
 std::string wrappedBase64(std::string_view receiver);
 /// The colour written in hexadecimal text ("#FF8000"); opaque black when nothing reads.
 QXColor hex(std::string_view receiver);
-/// Percent-decodes (when that fails, takes the text as it is) and parses JSON,
-/// bare scalars allowed; nothing on any error.
+/// Percent-decodes and parses JSON, bare scalars allowed; when the text does
+/// not decode, or its decoded form does not parse (a string holding "%22"),
+/// parses the text as it came. Nothing when neither parses.
 std::optional<Json> parseJSON(std::string_view receiver);
 /// Replaces "&#39;", "%3E", "%3C", "%A0" by ', >, <, blank, then percent-decodes;
 /// nothing when an escape left is invalid.

@@ -28,6 +28,10 @@ class QXConnection {
   /// completion exactly once with the response.
   static void openConnection(const std::shared_ptr<QXConnectionHandler>& handler, const URLComponents& components,
                              QXResponseCompletion completion);
+  /// The same, but the "URL :: %@" log line shows `loggedAs`: a request that
+  /// carries values restored from tokens is logged with the tokens.
+  static void openConnection(const std::shared_ptr<QXConnectionHandler>& handler, const URLComponents& components,
+                             const URLComponents& loggedAs, QXResponseCompletion completion);
 
   /// The same road for an already built request (only its URL is taken over),
   /// sent through a default handler. Any dictionary is kept whatever its

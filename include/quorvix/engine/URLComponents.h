@@ -75,6 +75,12 @@ class URLComponents {
   std::vector<QueryItem> queryItems_;
 };
 
+/// The items of an encoded query string (without "?"): split at "&", each
+/// piece at its first "=" (a piece without one is a name without value),
+/// names and values percent-decoded ("+" stays "+"; an escape that is not one
+/// stays as written). An empty query has no items.
+std::vector<QueryItem> queryItemsOf(std::string_view encodedQuery);
+
 /// Percent-encodes every byte outside `A-Z a-z 0-9 - . _ ~`.
 std::string percentEncode(std::string_view text);
 

@@ -31,7 +31,7 @@ class QXLabel : public QXFAQGroup {
   std::optional<std::string> context() const;
   /// "labelName".
   std::optional<std::string> labelName() const;
-  /// "icon" when it is a valid absolute URL; nothing for null or anything else.
+  /// "icon" as sent when it is text (an absolute URL or a relative path); nothing otherwise.
   std::optional<std::string> iconUrl() const;
   /// Never filled by the engine: for the host to keep a downloaded icon.
   std::optional<std::string> iconData() const;

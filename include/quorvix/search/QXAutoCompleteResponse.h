@@ -35,7 +35,7 @@ class QXAutoCompleteResponse : public QXBaseResponse {
   std::optional<QXFont> font() const;
   /// One styled text per phrase, styled with the shared engine's autocomplete
   /// configuration: the regular font over all but the trailing blank, marked
-  /// words (other than the typed text itself) in its bold font.
+  /// words (other than the typed text itself, compared decoded) in its bold font.
   std::vector<QXStyledText> suggestions() const;
   /// The same with the given autocomplete configuration.
   std::vector<QXStyledText> suggestions(const QXAutoCompleteConfiguration& configuration) const;

@@ -4,8 +4,10 @@
 
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "quorvix/channeling/QXChanneling.h"
@@ -61,12 +63,13 @@ class QXQueryResult : public QXBaseResponse {
   const std::optional<std::string>& keywordsetId() const { return keywordsetId_; }
   /// The service's hash of title and body ("titleAndBodyHash").
   const std::optional<std::string>& hash() const { return hash_; }
-  /// The article's escalation channels ("rechanneling"); empty when it has none.
-  const std::vector<std::shared_ptr<QXChanneling>>& channeling() const { return channeling_; }
+  /// The article's escalation channels ("rechanneling"); empty when it has
+  /// none. Built on the first read.
+  const std::vector<std::shared_ptr<QXChanneling>>& channeling() const;
   /// Replaces `channeling()`.
-  void setChanneling(std::vector<std::shared_ptr<QXChanneling>> channels) { channeling_ = std::move(channels); }
+  void setChanneling(std::vector<std::shared_ptr<QXChanneling>> channels);
   /// Replaces `channeling` with the channels of a list of descriptions.
-  void setChannels(const Json* list) { channeling_ = QXChanneling::listWithParams(list); }
+  void setChannels(const Json* list);
   /// Whether the hit only asks the user to pick a context.
   bool isContextSelectionOnly() const { return isContextSelectionOnly_; }
   /// 0 none, 1 liked, 2 disliked: written by the host.
@@ -78,6 +81,13 @@ class QXQueryResult : public QXBaseResponse {
   /// Replaces `dislikeText()`.
   void setDislikeText(std::optional<std::string> text) { dislikeText_ = std::move(text); }
 
+ protected:
+  /// Reads the fields of a result, its body from `bodyKey`. With an `owner`
+  /// that keeps `params` alive, the channel descriptions are read from there
+  /// on first use instead of being copied.
+  void inflateFields(const JsonObject& params, std::string_view bodyKey,
+                     const std::shared_ptr<const void>& owner = nullptr);
+
  private:
   std::optional<std::string> resultId_;
   std::optional<std::string> title_;
@@ -85,7 +95,10 @@ class QXQueryResult : public QXBaseResponse {
   std::optional<std::string> likes_;
   std::optional<std::string> keywordsetId_;
   std::optional<std::string> hash_;
-  std::vector<std::shared_ptr<QXChanneling>> channeling_;
+  mutable std::mutex channelingMutex_;
+  // The descriptions as sent, until the channels are first read.
+  mutable std::shared_ptr<const Json> rechanneling_;
+  mutable std::vector<std::shared_ptr<QXChanneling>> channeling_;
   bool isContextSelectionOnly_ = false;
   int32_t likeState_ = 0;
   std::optional<std::string> dislikeText_;

@@ -23,6 +23,8 @@ class QXSearchResponse : public QXBaseResponse, public ContextValueHandler {
   static std::shared_ptr<QXSearchResponse> initWithParams(const JsonObject* params) {
     return create<QXSearchResponse>(params);
   }
+  /// The same from a reply the caller gives up: it becomes `params` without a copy.
+  static std::shared_ptr<QXSearchResponse> initWithParams(JsonObject&& params);
   void inflate(const JsonObject& params) override;
 
   /// The hits, best first.
@@ -38,9 +40,9 @@ class QXSearchResponse : public QXBaseResponse, public ContextValueHandler {
   /// The language the service detected in the query.
   const std::optional<std::string>& detectedLanguage() const { return detectedLanguage_; }
   /// The whole reply.
-  const JsonObject& params() const { return params_; }
+  const JsonObject& params() const { return *params_; }
   /// Replaces `params()`.
-  void setParams(JsonObject params) { params_ = std::move(params); }
+  void setParams(JsonObject params) { params_ = std::make_shared<const JsonObject>(std::move(params)); }
   /// The reply's "rechanneling" as channels; absent when the reply had none.
   std::optional<std::vector<std::shared_ptr<QXChanneling>>> channels() const;
 
@@ -48,12 +50,18 @@ class QXSearchResponse : public QXBaseResponse, public ContextValueHandler {
   std::optional<std::string> multipleContext() const override;
 
  private:
+  void readFields();
+  // Builds the hits; they read their channels from what `owner` (the reply
+  // when none is given) keeps alive.
+  void readAnswers(const JsonArray& answers, std::shared_ptr<const void> owner = nullptr);
+
   std::vector<std::shared_ptr<SearchAnswer>> answerList_;
   std::shared_ptr<SearchContext> context_;
   std::optional<Json> requestId_;
   std::optional<std::string> kbLanguageCode_;
   std::optional<std::string> detectedLanguage_;
-  JsonObject params_;
+  // Shared with the hits, which read their channels from it on first use.
+  std::shared_ptr<const JsonObject> params_ = std::make_shared<const JsonObject>();
   mutable std::mutex channelsMutex_;
   mutable std::optional<std::vector<std::shared_ptr<QXChanneling>>> channels_;
 };

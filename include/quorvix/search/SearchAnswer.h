@@ -27,7 +27,7 @@ class SearchAnswer : public QXQueryResult {
   /// Computed on first read.
   std::string contextValue() const;
   /// Resolves identifiers: the search reply's context, for hits that are
-  /// context-selection-only.
+  /// context-selection-only (an empty context when the reply had none).
   std::shared_ptr<ContextValueHandler> contextValueHandler() const { return contextValueHandler_; }
   /// Replaces `contextValueHandler()`.
   void setContextValueHandler(std::shared_ptr<ContextValueHandler> handler) { contextValueHandler_ = std::move(handler); }
@@ -39,6 +39,11 @@ class SearchAnswer : public QXQueryResult {
   void setCurrentContextIndex(int32_t index) { currentContextIndex_ = index; }
 
  private:
+  friend class QXSearchResponse;
+  // A hit read from a reply that `owner` keeps alive.
+  static std::shared_ptr<SearchAnswer> initWithParams(const JsonObject& params, const std::shared_ptr<const void>& owner);
+  void inflate(const JsonObject& params, const std::shared_ptr<const void>& owner);
+
   std::optional<Json> contextSelection_;
   std::shared_ptr<ContextValueHandler> contextValueHandler_;
   int32_t currentContextIndex_ = 0;

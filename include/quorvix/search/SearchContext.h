@@ -61,6 +61,8 @@ class SearchContext : public QXBaseResponse, public ContextValueHandler {
   /// The values, in order.
   const std::vector<std::shared_ptr<SearchContextValue>>& values() const { return values_; }
   std::optional<std::string> multipleContext() const override { return multipleContext_; }
+  /// The first value whose "id" has the identifier's integer reading (the
+  /// text "7" finds the number 7; a value without "id" reads as 0).
   std::shared_ptr<SearchContextValue> contextForId(const Json& identifier) const override;
 
  private:
