@@ -56,25 +56,6 @@ void registerExitHook() {
 
 }  // namespace
 
-namespace detail {
-
-void stopDefaultThreads() {
-  std::shared_ptr<SerialExecutor> executor;
-  std::shared_ptr<TimerScheduler> timer;
-  {
-    auto& s = state();
-    std::lock_guard lock(s.mutex);
-    s.ending = true;
-    executor = s.defaultExecutor.lock();
-    timer = s.defaultScheduler.lock();
-  }
-  // Joined outside the lock: the task under way may still read a seam.
-  if (timer) timer->stop();
-  if (executor) executor->stop();
-}
-
-}  // namespace detail
-
 std::shared_ptr<MainExecutor> mainExecutor() {
   auto& s = state();
   std::lock_guard lock(s.mutex);
@@ -178,3 +159,22 @@ void setStorageRoot(std::string path) {
 }
 
 }  // namespace quorvix::platform
+
+namespace quorvix::detail {
+
+void stopDefaultThreads() {
+  std::shared_ptr<SerialExecutor> executor;
+  std::shared_ptr<TimerScheduler> timer;
+  {
+    auto& s = platform::state();
+    std::lock_guard lock(s.mutex);
+    s.ending = true;
+    executor = s.defaultExecutor.lock();
+    timer = s.defaultScheduler.lock();
+  }
+  // Joined outside the lock: the task under way may still read a seam.
+  if (timer) timer->stop();
+  if (executor) executor->stop();
+}
+
+}  // namespace quorvix::detail

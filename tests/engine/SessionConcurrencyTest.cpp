@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <barrier>
 #include <chrono>
-#include <latch>
 #include <thread>
 #include <vector>
 
@@ -43,6 +43,29 @@ class SessionConcurrencyTest : public testing::PlatformFixture {
     return url;
   }
 
+  // Runs `rounds` rounds on `threads` threads made once: `setup` on this
+  // thread, then `work(thread index)` on every thread at once, then `check`.
+  template <class Setup, class Work, class Check>
+  static void inRounds(int rounds, int threads, Setup setup, Work work, Check check) {
+    std::barrier sync(threads + 1);
+    std::vector<std::jthread> workers;
+    for (int t = 0; t < threads; ++t) {
+      workers.emplace_back([&, t] {
+        for (int round = 0; round < rounds; ++round) {
+          sync.arrive_and_wait();
+          work(t);
+          sync.arrive_and_wait();
+        }
+      });
+    }
+    for (int round = 0; round < rounds; ++round) {
+      setup(round);
+      sync.arrive_and_wait();
+      sync.arrive_and_wait();
+      check(round);
+    }
+  }
+
   static std::size_t count(const testing::RecordingConnectionHandler& handler, std::string_view path) {
     std::size_t n = 0;
     for (const auto& request : handler.requests()) n += request.url.find(path) != std::string::npos ? 1 : 0;
@@ -51,26 +74,25 @@ class SessionConcurrencyTest : public testing::PlatformFixture {
 };
 
 TEST_F(SessionConcurrencyTest, RacingFirstRequestsSendOneHelloAndAllComplete) {
-  constexpr int kTrials = 300;
+  constexpr int kTrials = 150;
   constexpr int kThreads = 8;
   int extraHellos = 0;
-  for (int trial = 0; trial < kTrials; ++trial) {
-    auto [engine, handler] = answeringEngine();
-    std::atomic<int> completions = 0;
-    std::latch start(kThreads);
-    std::vector<std::jthread> threads;
-    for (int t = 0; t < kThreads; ++t) {
-      threads.emplace_back([&, engine = engine] {
-        start.arrive_and_wait();
-        engine->executeRequest(search(engine), [&completions](QXResponse) { ++completions; });
-      });
-    }
-    threads.clear();
-    extraHellos += static_cast<int>(count(*handler, kHello)) - 1;
-    EXPECT_EQ(completions.load(), kThreads) << "trial " << trial;
-    EXPECT_EQ(clock->pending(), 1u) << "one keep-alive chain per engine, trial " << trial;
-    engine->stop();
-  }
+  std::shared_ptr<Quorvix> engine;
+  std::atomic<int> completions = 0;
+  // The same threads race in every trial: a fresh engine each time.
+  inRounds(kTrials, kThreads,
+           [&](int) {
+             engine = answeringEngine().first;
+             completions = 0;
+           },
+           [&](int) { engine->executeRequest(search(engine), [&completions](QXResponse) { ++completions; }); },
+           [&](int trial) {
+             auto handler = std::static_pointer_cast<testing::RecordingConnectionHandler>(engine->connectionHandler());
+             extraHellos += static_cast<int>(count(*handler, kHello)) - 1;
+             EXPECT_EQ(completions.load(), kThreads) << "trial " << trial;
+             EXPECT_EQ(clock->pending(), 1u) << "one keep-alive chain per engine, trial " << trial;
+             engine->stop();
+           });
   EXPECT_EQ(extraHellos, 0) << "a second hello.js was sent while a session was open or opening";
 }
 
@@ -111,28 +133,25 @@ TEST_F(SessionConcurrencyTest, StopAbandonsTheStartInFlight) {
 }
 
 TEST_F(SessionConcurrencyTest, NoKeepAliveOutlivesAStopThatRacesTheSessionStart) {
-  constexpr int kTrials = 200;
-  for (int trial = 0; trial < kTrials; ++trial) {
-    auto [engine, handler] = answeringEngine();
-    std::latch start(2);
-    {
-      std::jthread opener([&, engine = engine] {
-        start.arrive_and_wait();
-        // A continuation that takes a moment, as a request sent in the new session does.
-        engine->startSession([] { std::this_thread::sleep_for(std::chrono::microseconds(50)); });
-      });
-      std::jthread stopper([&, engine = engine] {
-        start.arrive_and_wait();
-        engine->stop();
-      });
-    }
-    // Either the stop came first and the session is open with its chain, or
-    // the stop ended both.
-    const std::size_t chains = engine->sessionId() ? 1 : 0;
-    ASSERT_EQ(clock->pending(), chains) << "trial " << trial;
-    engine->stop();
-    ASSERT_EQ(clock->pending(), 0u);
-  }
+  constexpr int kTrials = 120;
+  std::shared_ptr<Quorvix> engine;
+  inRounds(kTrials, 2, [&](int) { engine = answeringEngine().first; },
+           [&](int thread) {
+             if (thread == 0) {
+               // A continuation that takes a moment, as a request sent in the new session does.
+               engine->startSession([] { std::this_thread::sleep_for(std::chrono::microseconds(50)); });
+             } else {
+               engine->stop();
+             }
+           },
+           [&](int trial) {
+             // Either the stop came first and the session is open with its
+             // chain, or the stop ended both.
+             const std::size_t chains = engine->sessionId() ? 1 : 0;
+             EXPECT_EQ(clock->pending(), chains) << "trial " << trial;
+             engine->stop();
+             EXPECT_EQ(clock->pending(), 0u);
+           });
 }
 
 TEST_F(SessionConcurrencyTest, RequestsRejectedTogetherReopenOneSession) {
