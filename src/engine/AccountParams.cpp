@@ -54,6 +54,20 @@ void write(std::mutex& mutex, T& field, T value) {
 
 }  // namespace
 
+AccountParams::AccountParams(const AccountParams& other) {
+  std::lock_guard lock(other.mutex_);
+  account_ = other.account_;
+  knowledgeBase_ = other.knowledgeBase_;
+  apiKey_ = other.apiKey_;
+  server_ = other.server_;
+  labelId_ = other.labelId_;
+  allContextsMandatory_ = other.allContextsMandatory_;
+  quorvixContext_ = other.quorvixContext_;
+  referrer_ = other.referrer_;
+  dynamicContexts_ = other.dynamicContexts_;
+  storedBaseUrlComp_ = other.storedBaseUrlComp_;
+}
+
 std::optional<std::string> AccountParams::account() const { return read(mutex_, account_); }
 void AccountParams::setAccount(std::optional<std::string> v) { write(mutex_, account_, std::move(v)); }
 std::optional<std::string> AccountParams::knowledgeBase() const { return read(mutex_, knowledgeBase_); }

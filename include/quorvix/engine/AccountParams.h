@@ -52,7 +52,8 @@ class DynamicContext {
 class AccountParams {
  public:
   AccountParams() = default;
-  AccountParams(const AccountParams&) = delete;
+  /// A copy of every field, read under `other`'s lock (the dynamic contexts are shared).
+  AccountParams(const AccountParams& other);
   AccountParams& operator=(const AccountParams&) = delete;
 
   /// The account's name; its host is `account + secondSuffix`.
