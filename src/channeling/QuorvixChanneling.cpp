@@ -1,5 +1,6 @@
 // The facade's channel operations: the channels of an article, the report of
 // a channel's use, and tracked events.
+#include "engine/ServiceAddress.h"
 #include "platform/Log.h"
 #include "quorvix/channeling/QXChanneling.h"
 #include "quorvix/engine/Helpers.h"
@@ -32,8 +33,7 @@ void Quorvix::channels(std::shared_ptr<QXQueryResult> forResult, std::optional<s
   auto url = params ? params->baseUrlComp() : std::nullopt;
   if (!url || !forResult) {
     if (completion) {
-      completion(std::nullopt, url ? QXError{errors::kEngineDomain, 400, {{"Description", "No article to ask channels for"}}}
-                                   : errors::noAccount());
+      completion(std::nullopt, url ? errors::noArticle() : detail::addressError(params));
     }
     return;
   }

@@ -198,7 +198,7 @@ void Quorvix::createConversationWithCompletion(QXCreateConversationCompletion co
   auto params = accountParams();
   auto components = detail::serviceAddress(params, kCreatePath);
   if (!components) {
-    if (completion) completion(std::nullopt, errors::noAccount());
+    if (completion) completion(std::nullopt, detail::addressError(params));
     return;
   }
   components->setQueryItems({{"kb", params->knowledgeBase()}, {"textOnly", "false"}});
@@ -227,7 +227,7 @@ void Quorvix::createConversationWithEntities(std::vector<std::string> entities, 
                                              QXCreateConversationWithEntitiesCompletion completion) {
   auto configurationAddress = cnfComponent();
   if (!configurationAddress) {
-    if (completion) completion(std::nullopt, errors::noAccount());
+    if (completion) completion(std::nullopt, detail::addressError(accountParams()));
     return;
   }
   QXConnection::openConnection(connectionHandler(), *configurationAddress,
@@ -267,7 +267,7 @@ void Quorvix::openConversationWithEntities(const std::shared_ptr<AccountParams>&
   auto components = detail::serviceAddress(params, kCreatePath);
   setConversationId(std::nullopt);
   if (!components) {
-    if (completion) completion(std::nullopt, errors::noAccount());
+    if (completion) completion(std::nullopt, detail::addressError(params));
     return;
   }
   std::string joined;
@@ -306,7 +306,7 @@ void Quorvix::conversationStatement(std::string statement, bool type, std::optio
   }
   auto components = detail::serviceAddress(params, kStatementPath);
   if (!components) {
-    if (completion) completion(nullptr, errors::noAccount());
+    if (completion) completion(nullptr, detail::addressError(params));
     return;
   }
   // A postback goes as the bot sent it; a statement gets its tokens restored,
@@ -333,7 +333,7 @@ void Quorvix::conversationArticle(std::string articleId, std::optional<std::stri
   }
   auto components = detail::serviceAddress(params, kStatementPath);
   if (!components) {
-    if (completion) completion(nullptr, errors::noAccount());
+    if (completion) completion(nullptr, detail::addressError(params));
     return;
   }
   components->setQueryItems({{"articleId", std::move(articleId)}, {"id", std::move(id)}});
@@ -356,7 +356,7 @@ void Quorvix::sendMissingEntities(std::optional<std::string> entities, bool isPo
   }
   auto components = detail::serviceAddress(params, kStatementPath);
   if (!components) {
-    if (completion) completion(nullptr, errors::noAccount());
+    if (completion) completion(nullptr, detail::addressError(params));
     return;
   }
   components->setQueryItems(

@@ -2,17 +2,28 @@
 
 namespace quorvix::errors {
 
-QXError notValidResponse() { return QXError{kEngineDomain, 404, {{"Description", "Not valid response"}}}; }
+QXError notValidResponse() { return QXError{kEngineDomain, kNotValidResponse, {{"Description", "Not valid response"}}}; }
 
 QXError service(long code) { return QXError{kServiceDomain, code, {}}; }
 
-QXError noAccount() {
-  return QXError{kEngineDomain, kBadURL,
-                 {{"Description", "No account to talk to: call prepareWithAccountParams with an account first"}}};
+QXError engine(long code, std::string description) {
+  return QXError{kEngineDomain, code, {{"Description", std::move(description)}}};
 }
 
-}  // namespace quorvix::errors
+QXError noAccount() {
+  return engine(kNoAccount, "No account to talk to: call prepareWithAccountParams with an account first");
+}
 
+QXError badAccountName(std::string_view what, std::string_view value) {
+  return engine(kBadAccountName, "The " + std::string(what) + " '" + std::string(value) +
+                                     "' is not a host name (letters, digits and '-' only" +
+                                     (what == "server" ? std::string(", labels joined by dots") : std::string()) +
+                                     "): nothing was sent");
+}
+
+QXError noArticle() { return engine(kNoArticle, "No article to ask channels for"); }
+
+}  // namespace quorvix::errors
 namespace quorvix {
 
 std::string describe(const QXError& error) {

@@ -32,10 +32,18 @@ void Quorvix::prepareWithAccountParams(std::shared_ptr<AccountParams> params) {
 }
 
 void Quorvix::stop() {
-  platform::scheduler()->cancelAll(this);
+  // Dropped after the lock is released: a waiter's captures may call back in.
+  std::vector<SessionWaiter> abandoned;
   std::lock_guard lock(mutex_);
+  // Under the lock: keep-alives are only scheduled under it, so none can
+  // follow this cancellation.
+  platform::scheduler()->cancelAll(this);
   // A keep-alive already in flight must not restart the chain when it answers.
   ++keepAliveChain_;
+  // A "hello.js" in flight is abandoned; the next request starts a new one.
+  ++sessionStart_;
+  sessionStarting_ = false;
+  abandoned.swap(sessionWaiters_);
   // The suggestion cache is emptied; the search cache is deliberately kept.
   if (cachedSuggestions_) cachedSuggestions_->clear();
   sessionId_.reset();

@@ -16,4 +16,11 @@ inline std::optional<URLComponents> serviceAddress(const std::shared_ptr<Account
   return components;
 }
 
+/// Why `serviceAddress` gives nothing for these parameters: no account, or an
+/// account or server that is not a host name.
+inline QXError addressError(const std::shared_ptr<AccountParams>& params) {
+  auto error = params ? params->addressError() : std::nullopt;
+  return error ? *error : errors::noAccount();
+}
+
 }  // namespace quorvix::detail

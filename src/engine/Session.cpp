@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "engine/ServiceAddress.h"
 #include "platform/Log.h"
 #include "quorvix/engine/Helpers.h"
 #include "quorvix/engine/QXSessionResponse.h"
@@ -30,41 +31,50 @@ double keepAlivePeriod(std::optional<double> delay) {
 }  // namespace
 
 void Quorvix::startSession(std::function<void()> continuation) {
-  std::shared_ptr<AccountParams> params;
-  {
-    std::lock_guard lock(mutex_);
-    if (continuation) sessionWaiters_.push_back(std::move(continuation));
-    // One "hello.js" at a time: later callers wait for the one in flight.
-    if (sessionStarting_) return;
-    sessionStarting_ = true;
-    params = accountParams_;
-  }
+  SessionWaiter waiter;
+  if (continuation) waiter = [continuation = std::move(continuation)](const std::optional<std::string>&) { continuation(); };
+  std::unique_lock lock(mutex_);
+  joinSessionStart(lock, std::move(waiter));
+}
+
+void Quorvix::joinSessionStart(std::unique_lock<std::mutex>& lock, SessionWaiter waiter) {
+  if (waiter) sessionWaiters_.push_back(std::move(waiter));
+  // One "hello.js" at a time: later callers wait for the one in flight.
+  if (sessionStarting_) return;
+  sessionStarting_ = true;
+  const uint64_t start = ++sessionStart_;
+  auto params = accountParams_;
+  lock.unlock();
 
   auto components = params ? params->baseUrlComp() : std::nullopt;
   if (!components) {
-    std::lock_guard lock(mutex_);
+    std::vector<SessionWaiter> dropped;
+    lock.lock();
+    if (start != sessionStart_) return;
     sessionStarting_ = false;
-    sessionWaiters_.clear();
-    sessionError_ = errors::noAccount();
+    dropped.swap(sessionWaiters_);
+    sessionError_ = detail::addressError(params);
+    lock.unlock();
     return;
   }
   components->appendPath(kHelloPath);
   std::vector<QueryItem> items{{"nostats", "false"}, {"url", "mobile"}};
-  if (params->knowledgeBase()) items.push_back({"kb", *params->knowledgeBase()});
+  if (auto knowledgeBase = params->knowledgeBase()) items.push_back({"kb", *knowledgeBase});
   if (auto context = params->quorvixContext()) items.push_back({"context", wrapped(*context)});
   components->setQueryItems(std::move(items));
 
-  QXConnection::openConnection(connectionHandler(), *components, [weak = weak_from_this()](QXResponse response) {
-    if (auto self = weak.lock()) self->finishSessionStart(std::move(response));
+  QXConnection::openConnection(connectionHandler(), *components, [weak = weak_from_this(), start](QXResponse response) {
+    if (auto self = weak.lock()) self->finishSessionStart(start, std::move(response));
   });
 }
 
-void Quorvix::finishSessionStart(QXResponse response) {
-  std::vector<std::function<void()>> waiters;
-  uint64_t chain = 0;
-  double period = 0;
+void Quorvix::finishSessionStart(uint64_t start, QXResponse response) {
+  std::vector<SessionWaiter> waiters;
+  std::optional<std::string> sessionId;
   {
     std::lock_guard lock(mutex_);
+    // `stop` abandoned this start: its answer changes nothing.
+    if (start != sessionStart_ || !sessionStarting_) return;
     sessionStarting_ = false;
     // On failure the waiting requests are dropped: they never complete.
     waiters.swap(sessionWaiters_);
@@ -75,24 +85,31 @@ void Quorvix::finishSessionStart(QXResponse response) {
     auto session = response.typeAs<QXSessionResponse>();
     if (!session) return;
     sessionId_ = session->sessionId();
+    sessionId = sessionId_;
     delay_ = session->timeout();
-    chain = ++keepAliveChain_;
-    period = keepAlivePeriod(delay_);
+    scheduleKeepAlive(++keepAliveChain_, keepAlivePeriod(delay_));
   }
-  for (auto& waiter : waiters) waiter();
-  scheduleKeepAlive(chain, period);
+  for (auto& waiter : waiters) {
+    detail::runCatching("A request waiting for the session", [&] { waiter(sessionId); });
+  }
 }
 
 void Quorvix::executeRequest(URLComponents components, QXResponseCompletion completion) {
-  if (auto sid = sessionId()) {
+  std::unique_lock lock(mutex_);
+  // Read and decided under one lock: a session that opens meanwhile is either
+  // seen here or still being started, so no second "hello.js" goes out.
+  if (sessionId_) {
+    auto sid = sessionId_;
+    lock.unlock();
     components.appendQueryItem("sid", std::move(sid));
     sendInSession(std::move(components), std::move(completion));
     return;
   }
-  startSession([weak = weak_from_this(), components = std::move(components), completion = std::move(completion)]() mutable {
+  joinSessionStart(lock, [weak = weak_from_this(), components = std::move(components),
+                          completion = std::move(completion)](const std::optional<std::string>& sid) mutable {
     auto self = weak.lock();
     if (!self) return;
-    components.appendQueryItem("sid", self->sessionId());
+    components.appendQueryItem("sid", sid);
     QXConnection::openConnection(self->connectionHandler(), components, std::move(completion));
   });
 }
@@ -125,15 +142,29 @@ void Quorvix::probeAndResend(URLComponents components, QXResponseCompletion comp
         // The session is still alive: the rejection was about something else and the
         // request is dropped without an answer.
         if (!answer.error()) return;
-        self->startSession([weak = std::weak_ptr<Quorvix>(self), components = std::move(components),
-                            completion = std::move(completion)]() mutable {
-          auto owner = weak.lock();
-          if (!owner) return;
-          components.removeQueryItems("sid");
-          components.appendQueryItem("sid", owner->sessionId());
-          QXConnection::openConnection(owner->connectionHandler(), components, std::move(completion));
-        });
+        self->resendInNewSession(std::move(components), std::move(completion));
       });
+}
+
+void Quorvix::resendInNewSession(URLComponents components, QXResponseCompletion completion) {
+  const auto rejectedSid = components.queryValue("sid");
+  SessionWaiter resend = [weak = weak_from_this(), components = std::move(components),
+                          completion = std::move(completion)](const std::optional<std::string>& sid) mutable {
+    auto owner = weak.lock();
+    if (!owner) return;
+    components.removeQueryItems("sid");
+    components.appendQueryItem("sid", sid);
+    QXConnection::openConnection(owner->connectionHandler(), components, std::move(completion));
+  };
+  std::unique_lock lock(mutex_);
+  if (sessionId_ && sessionId_ != rejectedSid) {
+    // Another rejected request has already opened the new session: use it.
+    auto sid = sessionId_;
+    lock.unlock();
+    resend(sid);
+    return;
+  }
+  joinSessionStart(lock, std::move(resend));
 }
 
 void Quorvix::startKeepAlive() {
@@ -157,29 +188,26 @@ void Quorvix::keepAlive(uint64_t chain) {
   executeRequest(std::move(*components), [weak = weak_from_this(), chain](QXResponse response) {
     auto self = weak.lock();
     if (!self) return;
-    if (response.error()) {
-      detail::logFormat("Quorvix failed to keep alive %@", describe(*response.error()));
-      self->scheduleKeepAlive(chain, kKeepAliveRetrySeconds);
-      return;
-    }
-    auto session = response.typeAs<QXSessionResponse>();
+    if (response.error()) detail::logFormat("Quorvix failed to keep alive %@", describe(*response.error()));
+    auto session = response.error() ? nullptr : response.typeAs<QXSessionResponse>();
     const int64_t status = session && session->status() ? integerValue(*session->status()) : 0;
-    double period = 0;
-    {
-      std::lock_guard lock(self->mutex_);
-      if (chain != self->keepAliveChain_) return;
-      if (status != 200) {
-        // The service no longer keeps this session: the next request opens a new one.
-        self->sessionId_.reset();
-        return;
-      }
-      period = keepAlivePeriod(self->delay_);
+    std::lock_guard lock(self->mutex_);
+    // A chain that `stop` (or a newer chain) ended schedules nothing.
+    if (chain != self->keepAliveChain_) return;
+    if (response.error()) {
+      self->scheduleKeepAlive(chain, kKeepAliveRetrySeconds);
+    } else if (status != 200) {
+      // The service no longer keeps this session: the next request opens a new one.
+      self->sessionId_.reset();
+    } else {
+      self->scheduleKeepAlive(chain, keepAlivePeriod(self->delay_));
     }
-    self->scheduleKeepAlive(chain, period);
   });
 }
 
 void Quorvix::scheduleKeepAlive(uint64_t chain, double seconds) {
+  // Called under `mutex_`, so a `stop` (which cancels under it too) cannot slip
+  // between the check of the chain and the scheduling.
   platform::scheduler()->schedule(this, seconds, [weak = weak_from_this(), chain] {
     if (auto self = weak.lock()) self->keepAlive(chain);
   });

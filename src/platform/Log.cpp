@@ -17,6 +17,14 @@ std::string formatLog(std::string_view format, std::string_view argument) {
 
 void logFormat(std::string_view format, std::string_view argument) { platform::log(formatLog(format, argument)); }
 
+void logThrown(std::string_view where, std::string_view what) noexcept {
+  try {
+    platform::log("Quorvix: " + std::string(where) + " threw: " + std::string(what));
+  } catch (...) {
+    // The sink itself failed: there is nowhere left to say it.
+  }
+}
+
 namespace {
 bool endsValue(char c) { return c == '&' || c == '#' || c == ' ' || c == '"' || c == '\n' || c == ','; }
 }  // namespace

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <exception>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace quorvix::detail {
 
@@ -9,6 +11,24 @@ namespace quorvix::detail {
 std::string formatLog(std::string_view format, std::string_view argument);
 /// Logs a fixed format filled with one argument ("URL :: %@").
 void logFormat(std::string_view format, std::string_view argument);
+/// Logs that host code run on one of the engine's threads threw: "Quorvix:
+/// <where> threw: <what>". Never throws, even when the log sink does.
+void logThrown(std::string_view where, std::string_view what) noexcept;
+
+/// Runs host code (a completion, a delegate call, a delayed call) on one of the
+/// engine's threads: whatever it throws is logged and goes no further, so the
+/// thread, and the process, live on.
+template <class Task>
+void runCatching(std::string_view where, Task&& task) noexcept {
+  try {
+    std::forward<Task>(task)();
+  } catch (const std::exception& error) {
+    logThrown(where, error.what());
+  } catch (...) {
+    logThrown(where, "an unknown exception");
+  }
+}
+
 /// Replaces the values of the "apiKey" and "sid" query items in `text` by "***".
 std::string redactSecrets(std::string_view text);
 

@@ -5,6 +5,7 @@
 #include <fstream>
 #include <mutex>
 
+#include "platform/EngineThreads.h"
 #include "platform/Log.h"
 #include "platform/SerialExecutor.h"
 #include "platform/TimerScheduler.h"
@@ -22,6 +23,12 @@ struct State {
   std::optional<QXHostInfo> hostInfo;
   QXServiceHosts serviceHosts;
   std::optional<std::string> storageRoot;
+  // The default threads, kept apart so they can be ended at exit whether or
+  // not they are still installed.
+  std::weak_ptr<detail::SerialExecutor> defaultExecutor;
+  std::weak_ptr<detail::TimerScheduler> defaultScheduler;
+  // Set once the process is ending: defaults made afterwards start stopped.
+  bool ending = false;
 };
 
 State& state() {
@@ -36,12 +43,29 @@ std::string executableName() {
   return "quorvix-host";
 }
 
+// Ends the default threads when the process exits. Registered when the first
+// one starts; the default transport also calls `stopDefaultThreads` before it
+// shuts down, whichever of the two comes first.
+void registerExitHook() {
+  static const bool registered = [] {
+    std::atexit([] { detail::stopDefaultThreads(); });
+    return true;
+  }();
+  (void)registered;
+}
+
 }  // namespace
 
 std::shared_ptr<MainExecutor> mainExecutor() {
   auto& s = state();
   std::lock_guard lock(s.mutex);
-  if (!s.mainExecutor) s.mainExecutor = std::make_shared<detail::SerialExecutor>();
+  if (!s.mainExecutor) {
+    auto executor = std::make_shared<detail::SerialExecutor>();
+    if (s.ending) executor->stop();
+    registerExitHook();
+    s.defaultExecutor = executor;
+    s.mainExecutor = std::move(executor);
+  }
   return s.mainExecutor;
 }
 
@@ -54,7 +78,13 @@ void setMainExecutor(std::shared_ptr<MainExecutor> executor) {
 std::shared_ptr<Scheduler> scheduler() {
   auto& s = state();
   std::lock_guard lock(s.mutex);
-  if (!s.scheduler) s.scheduler = std::make_shared<detail::TimerScheduler>();
+  if (!s.scheduler) {
+    auto timer = std::make_shared<detail::TimerScheduler>();
+    if (s.ending) timer->stop();
+    registerExitHook();
+    s.defaultScheduler = timer;
+    s.scheduler = std::move(timer);
+  }
   return s.scheduler;
 }
 
@@ -129,3 +159,22 @@ void setStorageRoot(std::string path) {
 }
 
 }  // namespace quorvix::platform
+
+namespace quorvix::detail {
+
+void stopDefaultThreads() {
+  std::shared_ptr<SerialExecutor> executor;
+  std::shared_ptr<TimerScheduler> timer;
+  {
+    auto& s = platform::state();
+    std::lock_guard lock(s.mutex);
+    s.ending = true;
+    executor = s.defaultExecutor.lock();
+    timer = s.defaultScheduler.lock();
+  }
+  // Joined outside the lock: the task under way may still read a seam.
+  if (timer) timer->stop();
+  if (executor) executor->stop();
+}
+
+}  // namespace quorvix::detail

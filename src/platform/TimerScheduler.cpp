@@ -3,17 +3,28 @@
 #include <algorithm>
 #include <cmath>
 
+#include "platform/Log.h"
+
 namespace quorvix::detail {
 
 TimerScheduler::TimerScheduler() : thread_([this] { run(); }) {}
 
-TimerScheduler::~TimerScheduler() {
+TimerScheduler::~TimerScheduler() { stop(); }
+
+void TimerScheduler::stop() {
+  std::lock_guard once(stopMutex_);
   {
     std::lock_guard lock(mutex_);
     stopping_ = true;
   }
   wake_.notify_one();
-  thread_.join();
+  if (!thread_.joinable()) return;
+  // A task that ends the process from this very thread cannot wait for itself.
+  if (std::this_thread::get_id() == thread_.get_id()) {
+    thread_.detach();
+  } else {
+    thread_.join();
+  }
 }
 
 void TimerScheduler::schedule(const void* owner, double delaySeconds, std::function<void()> task) {
@@ -22,6 +33,7 @@ void TimerScheduler::schedule(const void* owner, double delaySeconds, std::funct
   const auto due = Clock::now() + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
   {
     std::lock_guard lock(mutex_);
+    if (stopping_) return;  // nothing runs any more
     tasks_.emplace(std::make_pair(due, sequence_++), Entry{owner, std::move(task)});
   }
   wake_.notify_one();
@@ -49,7 +61,8 @@ void TimerScheduler::run() {
     auto task = std::move(first->second.task);
     tasks_.erase(first);
     lock.unlock();
-    task();
+    runCatching("A delayed call", task);
+    task = nullptr;  // its captures are released outside the lock
     lock.lock();
   }
 }

@@ -14,11 +14,15 @@
 namespace quorvix::detail {
 
 /// The default scheduler: one timer thread that runs due tasks in time order.
-/// Tasks still waiting when it is destroyed are dropped.
+/// A task that throws is logged and the thread goes on. Tasks still waiting
+/// when it stops are dropped.
 class TimerScheduler : public Scheduler {
  public:
   TimerScheduler();
   ~TimerScheduler() override;
+  /// Ends the thread: waits for a task under way, drops the others and every
+  /// task handed over later. Idempotent; the destructor calls it.
+  void stop();
   void schedule(const void* owner, double delaySeconds, std::function<void()> task) override;
   void cancelAll(const void* owner) override;
 
@@ -30,6 +34,7 @@ class TimerScheduler : public Scheduler {
   };
   void run();
 
+  std::mutex stopMutex_;  // serialises `stop`
   std::mutex mutex_;
   std::condition_variable wake_;
   std::multimap<std::pair<Clock::time_point, uint64_t>, Entry> tasks_;

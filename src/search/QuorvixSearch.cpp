@@ -30,7 +30,7 @@ void Quorvix::searchText(std::optional<std::string> text, SearchCompletion compl
   }
   auto url = detail::serviceAddress(accountParams(), kSearchPath);
   if (!url) {
-    if (completion) completion(nullptr, errors::noAccount());
+    if (completion) completion(nullptr, detail::addressError(accountParams()));
     return;
   }
   url->setQueryItems({{"text", text.value_or("")}});
@@ -74,7 +74,7 @@ void Quorvix::suggestionsForText(std::optional<std::string> text, SuggestionComp
   }
   auto url = detail::serviceAddress(accountParams(), kAutoCompletePath);
   if (!url) {
-    if (completion) completion(nullptr, errors::noAccount());
+    if (completion) completion(nullptr, detail::addressError(accountParams()));
     return;
   }
   url->setQueryItems({{"text", text.value_or("")}, {"stemming", "true"}});
@@ -108,7 +108,7 @@ void Quorvix::contextValue(std::string contexts, ContextValueCompletion completi
   auto params = accountParams();
   auto url = detail::serviceAddress(params, kContextValuesPath);
   if (!url) {
-    if (completion) completion(std::nullopt, errors::noAccount());
+    if (completion) completion(std::nullopt, detail::addressError(params));
     return;
   }
   std::vector<QueryItem> items{{"account", params->account()}, {"contexts", std::move(contexts)}, {"cb", ""}};
@@ -128,7 +128,7 @@ void Quorvix::changeContext(std::optional<JsonObject> context, ChangeContextComp
   auto params = accountParams();
   auto url = detail::serviceAddress(params, kSetParamsPath);
   if (!url) {
-    if (completion) completion(false, errors::noAccount());
+    if (completion) completion(false, detail::addressError(params));
     return;
   }
   url->setQueryItems({{"cb", ""}});

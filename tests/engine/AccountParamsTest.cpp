@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <latch>
+#include <thread>
+
 #include "quorvix/engine/AccountParams.h"
 #include "quorvix/engine/URLComponents.h"
 #include "support/PlatformFixture.h"
@@ -75,6 +79,48 @@ TEST_F(AccountParamsTest, DynamicContextNeedsFourCharactersAndAColon) {
   EXPECT_EQ(triple->name(), "a");
   EXPECT_EQ(triple->context(), "c");
   EXPECT_EQ(DynamicContext::initWithContext("abcd")->name(), "");
+}
+
+// The host hands one parameters object to the engine and keeps changing its
+// contexts while the engine reads it on other threads.
+TEST_F(AccountParamsTest, SharedParamsSurviveConcurrentChangesAndReads) {
+  auto params = std::make_shared<AccountParams>();
+  params->setAccount("acme");
+  params->setQuorvixContext(JsonObject{{"line", "start"}});
+  constexpr int kRounds = 400;
+  std::latch start(4);
+  std::atomic<bool> sawBrokenContext = false;
+  {
+    std::jthread writer([&] {
+      start.arrive_and_wait();
+      for (int i = 0; i < kRounds; ++i) {
+        params->appendDynamicContext(DynamicContext::initWithContext("brand:b" + std::to_string(i)));
+        params->setQuorvixContext(JsonObject{{"line", std::to_string(i)}});
+        params->setServer(i % 2 ? std::optional<std::string>("eu1") : std::nullopt);
+        if (i % 50 == 49) params->resetDynamicContext();
+      }
+    });
+    std::jthread contexts([&] {
+      start.arrive_and_wait();
+      for (int i = 0; i < kRounds; ++i) {
+        auto context = params->quorvixContext();
+        if (!context || !context->contains("line")) sawBrokenContext = true;
+        (void)params->dynamicContextDescription();
+        (void)params->dynamicContexts();
+      }
+    });
+    std::jthread addresses([&] {
+      start.arrive_and_wait();
+      for (int i = 0; i < kRounds; ++i) {
+        auto base = params->baseUrlComp();
+        if (!base) sawBrokenContext = true;
+        (void)params->accountId();
+      }
+    });
+    start.arrive_and_wait();
+  }
+  EXPECT_FALSE(sawBrokenContext.load());
+  EXPECT_EQ(params->quorvixContext()->at("line"), Json(std::to_string(kRounds - 1)));
 }
 
 TEST(URLComponentsTest, QueryTextReachesTheServerExactly) {

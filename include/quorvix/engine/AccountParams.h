@@ -3,16 +3,19 @@
 /// The customer account the engine talks to, and the address every request starts from.
 
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "quorvix/engine/Json.h"
+#include "quorvix/engine/QXError.h"
 #include "quorvix/engine/URLComponents.h"
 
 namespace quorvix {
 
 /// One dynamic search context, made from text of the form "name:value".
+/// Safe to read and change from any thread.
 class DynamicContext {
  public:
   DynamicContext() = default;
@@ -21,72 +24,80 @@ class DynamicContext {
   /// gives a and c); anything else leaves both empty. Always gives an object.
   static std::shared_ptr<DynamicContext> initWithContext(const std::string& text);
 
-  /// The context's name.
-  const std::string& name() const { return name_; }
-  /// Replaces `name()`.
-  void setName(std::string name) { name_ = std::move(name); }
-  /// The context's value.
-  const std::string& context() const { return context_; }
-  /// Replaces `context()`.
-  void setContext(std::string context) { context_ = std::move(context); }
+  /// The context's name ("brand" in "brand:acme").
+  std::string name() const;
+  /// Replaces the name.
+  void setName(std::string name);
+  /// The context's value ("acme" in "brand:acme").
+  std::string context() const;
+  /// Replaces the value.
+  void setContext(std::string context);
 
  private:
+  mutable std::mutex mutex_;
   std::string name_;
   std::string context_;
 };
 
 /// Describes the customer account: name, knowledge base, API key, optional
 /// server, label and search contexts. Every field starts empty; hand it to
-/// `Quorvix::prepareWithAccountParams`. Not safe for concurrent mutation:
-/// build it, then hand it over.
+/// `Quorvix::prepareWithAccountParams`. Safe to use from any thread: the host
+/// may keep changing it (the engine adds dynamic contexts to it) while the
+/// engine reads it on its own threads; every read is a copy.
+///
+/// The account and the server become parts of host names, so they must be host
+/// labels: letters, digits and "-" (a server may join such labels with dots).
+/// With anything else no address is built and nothing is sent (`addressError`
+/// says why).
 class AccountParams {
  public:
   AccountParams() = default;
+  /// A copy of every field, read under `other`'s lock (the dynamic contexts are shared).
+  AccountParams(const AccountParams& other);
+  AccountParams& operator=(const AccountParams&) = delete;
 
-  /// The account name: a host label.
-  const std::optional<std::string>& account() const { return account_; }
-  /// Replaces `account()`.
-  void setAccount(std::optional<std::string> v) { account_ = std::move(v); }
-  /// The knowledge base.
-  const std::optional<std::string>& knowledgeBase() const { return knowledgeBase_; }
-  /// Replaces `knowledgeBase()`.
-  void setKnowledgeBase(std::optional<std::string> v) { knowledgeBase_ = std::move(v); }
-  /// The API key.
-  const std::optional<std::string>& apiKey() const { return apiKey_; }
-  /// Replaces `apiKey()`.
-  void setApiKey(std::optional<std::string> v) { apiKey_ = std::move(v); }
+  /// The account's name; its host is `account + secondSuffix`.
+  std::optional<std::string> account() const;
+  /// Sets the account's name.
+  void setAccount(std::optional<std::string> v);
+  /// The knowledge base ("kb"), when the account has several.
+  std::optional<std::string> knowledgeBase() const;
+  /// Sets the knowledge base.
+  void setKnowledgeBase(std::optional<std::string> v);
+  /// The API key sent where the service asks for one.
+  std::optional<std::string> apiKey() const;
+  /// Sets the API key.
+  void setApiKey(std::optional<std::string> v);
   /// Optional server name; when non-empty requests go to `server + mainSuffix`
   /// with the path prefix "/~account".
-  const std::optional<std::string>& server() const { return server_; }
-  /// Replaces `server()`.
-  void setServer(std::optional<std::string> v) { server_ = std::move(v); }
-  /// The label the FAQ is filtered by.
-  const std::optional<std::string>& labelId() const { return labelId_; }
-  /// Replaces `labelId()`.
-  void setLabelId(std::optional<std::string> v) { labelId_ = std::move(v); }
-  /// Whether every context is mandatory.
-  bool allContextsMandatory() const { return allContextsMandatory_; }
-  /// Replaces `allContextsMandatory()`.
-  void setAllContextsMandatory(bool v) { allContextsMandatory_ = v; }
+  std::optional<std::string> server() const;
+  /// Sets the server name (empty or absent: the account's own host).
+  void setServer(std::optional<std::string> v);
+  /// The label whose FAQ group the configuration reads.
+  std::optional<std::string> labelId() const;
+  /// Sets the label.
+  void setLabelId(std::optional<std::string> v);
+  /// Whether every context must be chosen before searching.
+  bool allContextsMandatory() const;
+  /// Sets whether every context is mandatory.
+  void setAllContextsMandatory(bool v);
 
   /// The effective context: with dynamic contexts, their entries in order (a
   /// later name overwrites an earlier one) and then every static entry on top;
   /// without, the static dictionary as set (possibly absent).
   std::optional<JsonObject> quorvixContext() const;
   /// Sets the static context dictionary (string values).
-  void setQuorvixContext(std::optional<JsonObject> v) { quorvixContext_ = std::move(v); }
+  void setQuorvixContext(std::optional<JsonObject> v);
 
   /// "mobile" while no referrer is set.
-  std::string referrer() const { return referrer_.value_or("mobile"); }
-  /// Replaces `referrer()`.
-  void setReferrer(std::optional<std::string> v) { referrer_ = std::move(v); }
+  std::string referrer() const;
+  /// Sets the referrer.
+  void setReferrer(std::optional<std::string> v);
 
-  /// The dynamic contexts, in the order they were appended.
-  std::vector<std::shared_ptr<DynamicContext>>& dynamicContexts() { return dynamicContexts_; }
-  /// The dynamic contexts, in the order they were added.
-  const std::vector<std::shared_ptr<DynamicContext>>& dynamicContexts() const { return dynamicContexts_; }
-  /// Replaces `dynamicContexts()`.
-  void setDynamicContexts(std::vector<std::shared_ptr<DynamicContext>> v) { dynamicContexts_ = std::move(v); }
+  /// The dynamic contexts, in the order they were appended (a copy of the list).
+  std::vector<std::shared_ptr<DynamicContext>> dynamicContexts() const;
+  /// Replaces the dynamic contexts.
+  void setDynamicContexts(std::vector<std::shared_ptr<DynamicContext>> v);
   /// Appends one dynamic context (duplicates allowed, order kept).
   void appendDynamicContext(std::shared_ptr<DynamicContext> context);
   /// Empties the dynamic contexts.
@@ -96,15 +107,21 @@ class AccountParams {
 
   /// A fresh copy of the account's base address: scheme and host of the
   /// service hosts, path "" (or "/~account" with a server), and one query item
-  /// "Referer" = `appParams("app")`. Nothing without an account.
+  /// "Referer" = `appParams("app")`. Nothing without an account, or when the
+  /// account or server is not a host name (see `addressError`).
   std::optional<URLComponents> baseUrlComp() const;
+  /// Why `baseUrlComp()` gives nothing: no account (`errors::kNoAccount`) or an
+  /// account or server that is not a host name (`errors::kBadAccountName`);
+  /// nothing when an address can be built.
+  std::optional<QXError> addressError() const;
   /// Stores a value that `baseUrlComp()` never reads (kept for hosts that set it).
-  void setBaseUrlComp(std::optional<URLComponents> v) { storedBaseUrlComp_ = std::move(v); }
+  void setBaseUrlComp(std::optional<URLComponents> v);
 
   /// `md5` of account followed by knowledge base.
   std::string accountId() const;
 
  private:
+  mutable std::mutex mutex_;
   std::optional<std::string> account_;
   std::optional<std::string> knowledgeBase_;
   std::optional<std::string> apiKey_;

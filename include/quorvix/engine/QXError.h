@@ -4,20 +4,32 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 
 namespace quorvix {
 
 /// An error reported by the engine or the service. Nothing in the public API
 /// throws; failures arrive as `std::optional<QXError>` next to the result.
 ///
-/// Domains in use:
+/// Domains and codes in use (the constants below name each one):
 /// - "com.quorvix": the service refused (code = HTTP status or the body's "status").
-/// - "com.quorvix.engine": the engine could not use a reply (code 404,
-///   userInfo "Description" = "Not valid response").
+/// - "com.quorvix.engine": the engine itself refused or could not go on. Every
+///   code means one thing, and userInfo "Description" says why in words:
+///   - 404 `kNotValidResponse`: a reply the engine cannot use ("Not valid response").
+///   - 1001 `kNoAccount`: no account to address (`prepareWithAccountParams`
+///     was not called with an account).
+///   - 1002 `kBadAccountName`: the account or the server is not a host name
+///     (letters, digits and "-"; a server may join such labels with dots), so
+///     nothing was sent.
+///   - 1003 `kNoArticle`: channels were asked for without an article.
+///   - 1010 `kUnsupportedServiceScheme`: service hosts with a scheme other than
+///     https, or plain http to a host that is not this machine.
+///   - 1011 `kBadServiceHosts`: service hosts or a service base that cannot be
+///     used (empty or malformed host, suffix or port).
 /// - "NSURLErrorDomain": transport failures, with the platform URL-loading codes
 ///   (-1009 not connected, -1005 connection lost, -1003 cannot find host,
 ///   -1002 unsupported URL, -1000 bad URL, -1001 timed out, -1004 cannot connect,
-///   -1103 reply too large, -1202 bad server certificate, -1 unknown).
+///   -1103 reply too large, -1202 bad server certificate, -999 cancelled, -1 unknown).
 /// - "NSCocoaErrorDomain" code 3840: a body that is not valid JSON.
 struct QXError {
   /// The error domain (see above).
@@ -69,14 +81,29 @@ inline constexpr long kServerCertificateUntrusted = -1202;
 /// A body that is not valid JSON.
 inline constexpr long kJSONParseError = 3840;
 
+// Codes of the "com.quorvix.engine" domain (see `QXError`).
+inline constexpr long kNotValidResponse = 404;
+inline constexpr long kNoAccount = 1001;
+inline constexpr long kBadAccountName = 1002;
+inline constexpr long kNoArticle = 1003;
+inline constexpr long kUnsupportedServiceScheme = 1010;
+inline constexpr long kBadServiceHosts = 1011;
+
 /// The engine's "reply I cannot use" error: domain "com.quorvix.engine",
 /// code 404, "Description" = "Not valid response".
 QXError notValidResponse();
 /// A service error of domain "com.quorvix" with the given code and no user information.
 QXError service(long code);
-/// The engine has no account to address (domain "com.quorvix.engine", code -1000):
+/// The engine has no account to address (`kNoAccount`):
 /// `prepareWithAccountParams` was not called with an account.
 QXError noAccount();
+/// The account or server name cannot be part of a host name (`kBadAccountName`);
+/// `what` names the field ("account" or "server") and `value` is what it held.
+QXError badAccountName(std::string_view what, std::string_view value);
+/// Channels were asked for without an article (`kNoArticle`).
+QXError noArticle();
+/// An engine error (domain "com.quorvix.engine") with `code` and "Description".
+QXError engine(long code, std::string description);
 }  // namespace errors
 
 }  // namespace quorvix

@@ -52,18 +52,25 @@ class Quorvix : public std::enable_shared_from_this<Quorvix> {
   /// callback, and marks the engine not prepared. Does not touch the session.
   void prepareWithAccountParams(std::shared_ptr<AccountParams> params);
   /// Cancels the keep-alive, empties the suggestion cache and drops the
-  /// session; the next session-bound request opens a new one.
+  /// session; the next session-bound request opens a new one. A session start
+  /// in flight is abandoned: its answer sets no session, schedules no
+  /// keep-alive and records no error, and the requests that waited for it are
+  /// dropped (they never complete). No keep-alive is scheduled after `stop`
+  /// returns until a new session opens.
   void stop();
 
   // --- session -------------------------------------------------------------
 
   /// Opens a session ("hello.js") and runs `continuation` once it is open. A
-  /// call while a session start is in flight joins that start. When the start
-  /// fails the error is kept in `sessionError()` and the continuation is dropped.
+  /// call while a session start is in flight joins that start: one engine has
+  /// at most one "hello.js" of its own in flight. When the start fails the
+  /// error is kept in `sessionError()` and the continuation is dropped; an
+  /// account or server that is not a host name fails it before anything is sent.
   void startSession(std::function<void()> continuation);
-  /// Sends a request inside the session: opens one when there is none, appends
-  /// "sid" last, and on an error code 400 probes the session and, when the
-  /// probe fails, re-opens it and re-sends the request once.
+  /// Sends a request inside the session: opens one when there is none (or
+  /// joins the start in flight), appends "sid" last, and on an error code 400
+  /// probes the session and, when the probe fails, re-sends the request once in
+  /// a new session (requests rejected together share that new session).
   void executeRequest(URLComponents components, QXResponseCompletion completion);
   /// Sends one keep-alive call and schedules the next.
   void startKeepAlive();
@@ -269,10 +276,18 @@ class Quorvix : public std::enable_shared_from_this<Quorvix> {
   std::shared_ptr<QXTokenizer> tokenizer();
 
  private:
+  // Runs once a session start ends well, with the new session's id.
+  using SessionWaiter = std::function<void(const std::optional<std::string>& sessionId)>;
+
+  // Queues `waiter` for the session start in flight, or starts one. Called with
+  // `lock` (on `mutex_`) held; may release it.
+  void joinSessionStart(std::unique_lock<std::mutex>& lock, SessionWaiter waiter);
   void sendInSession(URLComponents components, QXResponseCompletion completion);
   void probeAndResend(URLComponents components, QXResponseCompletion completion, QXResponse rejected);
-  void finishSessionStart(QXResponse response);
+  void resendInNewSession(URLComponents components, QXResponseCompletion completion);
+  void finishSessionStart(uint64_t start, QXResponse response);
   void keepAlive(uint64_t chain);
+  // Called with `mutex_` held.
   void scheduleKeepAlive(uint64_t chain, double seconds);
 
   mutable std::mutex mutex_;
@@ -307,10 +322,13 @@ class Quorvix : public std::enable_shared_from_this<Quorvix> {
   std::optional<SearchCache> cachedSearches_;
   std::optional<SuggestionCache> cachedSuggestions_;
 
-  // Continuations waiting for the "hello.js" in flight (none in flight when empty
-  // and `sessionStarting_` is false).
+  // Continuations waiting for the "hello.js" in flight (none in flight when
+  // `sessionStarting_` is false).
   bool sessionStarting_ = false;
-  std::vector<std::function<void()>> sessionWaiters_;
+  std::vector<SessionWaiter> sessionWaiters_;
+  // Numbers session starts; `stop` moves it on, so the answer of a start it
+  // abandoned is recognised and ignored.
+  uint64_t sessionStart_ = 0;
   // Identifies the live keep-alive chain; a chain whose number is stale stops.
   uint64_t keepAliveChain_ = 0;
 };

@@ -30,10 +30,11 @@ struct QXServiceHosts {
 
   /// Hosts for "https://HOST[:PORT]" or "http://LOOPBACK:PORT" (localhost, *.localhost, 127.0.0.1, [::1]): fixed host
   /// HOST, suffixes "." + HOST (".localhost" for a loopback address, which has no names under it). An error (domain
-  /// "com.quorvix.engine", code -1000 or -1002) for anything else.
+  /// "com.quorvix.engine", code `errors::kBadServiceHosts` or `errors::kUnsupportedServiceScheme`) for anything else.
   static std::variant<QXServiceHosts, QXError> fromServiceBase(std::string_view base);
 
-  /// Nothing when these hosts may be used; otherwise why not.
+  /// Nothing when these hosts may be used; otherwise why not. The suffixes
+  /// must be "." and a host name, the fixed host a host name or IPv6 address.
   std::optional<QXError> validate() const;
 
   /// Member-wise equality.

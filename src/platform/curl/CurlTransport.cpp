@@ -8,6 +8,7 @@
 #include <utility>
 #include <variant>
 
+#include "platform/EngineThreads.h"
 #include "platform/curl/CurlErrors.h"
 
 namespace quorvix::detail {
@@ -45,7 +46,12 @@ std::shared_ptr<CurlTransport> CurlTransport::shared() {
   struct Owner {
     std::shared_ptr<CurlTransport> transport = std::make_shared<CurlTransport>(
         Options{std::clamp<std::size_t>(std::thread::hardware_concurrency(), 2, 4), Options{}.idleHandles});
-    ~Owner() { transport->shutdown(); }
+    ~Owner() {
+      // The engine's own threads go first: a delayed call or a main-queue task
+      // must never reach the transport once it shuts down.
+      stopDefaultThreads();
+      transport->shutdown();
+    }
   };
   static Owner owner;
   return owner.transport;
