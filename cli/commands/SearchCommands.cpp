@@ -46,10 +46,11 @@ ExitCode usage(Runtime& runtime, const std::string& text) {
 ExitCode runSearch(Runtime& runtime, const std::string& text) {
   using Reply = Answer<std::shared_ptr<QXSearchResponse>>;
   auto slot = std::make_shared<Handoff<Reply>>();
+  auto sessionFailed = runtime.watchSessionStart();
   runtime.engine()->searchText(text, [slot](std::shared_ptr<QXSearchResponse> response, std::optional<QXError> error) {
     slot->deliver(Reply{std::move(response), std::move(error)});
   });
-  auto outcome = runtime.await(*slot);
+  auto outcome = runtime.await(*slot, std::move(sessionFailed));
   if (!outcome.value) return runtime.reportUndelivered(outcome);
   if (reportedError(runtime, *outcome.value)) return ExitCode::EngineError;
   const std::shared_ptr<QXSearchResponse>& response = outcome.value->value;

@@ -1,5 +1,6 @@
 #include "quorvix/platform/Platform.h"
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -22,6 +23,8 @@ struct State {
   std::optional<QXHostInfo> hostInfo;
   QXServiceHosts serviceHosts;
   std::optional<std::string> storageRoot;
+  // Read without the lock on every log call.
+  std::atomic<bool> discarding{false};
 };
 
 State& state() {
@@ -69,13 +72,23 @@ void setLogSink(LogSink sink) {
   auto shared = sink ? std::make_shared<const LogSink>(std::move(sink)) : nullptr;
   std::lock_guard lock(s.mutex);
   s.logSink = std::move(shared);
+  s.discarding.store(false, std::memory_order_relaxed);
+}
+
+void discardLog() {
+  auto& s = state();
+  std::lock_guard lock(s.mutex);
+  s.logSink = nullptr;
+  s.discarding.store(true, std::memory_order_relaxed);
 }
 
 void log(std::string_view line) {
   std::shared_ptr<const LogSink> sink;
   {
     auto& s = state();
+    if (s.discarding.load(std::memory_order_relaxed)) return;
     std::lock_guard lock(s.mutex);
+    if (s.discarding.load(std::memory_order_relaxed)) return;
     sink = s.logSink;
   }
   const std::string redacted = detail::redactSecrets(line);
@@ -129,3 +142,9 @@ void setStorageRoot(std::string path) {
 }
 
 }  // namespace quorvix::platform
+
+namespace quorvix::detail {
+
+bool logWanted() { return !platform::state().discarding.load(std::memory_order_relaxed); }
+
+}  // namespace quorvix::detail

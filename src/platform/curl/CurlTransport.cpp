@@ -3,6 +3,8 @@
 
 #include "platform/curl/CurlTransport.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <condition_variable>
 #include <utility>
@@ -14,10 +16,10 @@ namespace quorvix::detail {
 
 namespace {
 
-/// How long the I/O thread sleeps at most when nothing happens.
-constexpr int kIdlePollMs = 1000;
-/// Connections kept open in the multi handle's cache.
-constexpr long kCachedConnections = 16;
+/// How long the I/O thread sleeps at most when nothing happens: libcurl
+/// shortens the wait to its own next time-out, and a new request or the
+/// shutdown wakes it, so this only bounds the sleep.
+constexpr int kIdleWaitMs = 24 * 60 * 60 * 1000;
 
 /// The text reported for a URL the transport refuses to use.
 const char* refusalText(long code) {
@@ -43,8 +45,7 @@ std::shared_ptr<CurlTransport> CurlTransport::shared() {
   // Owns the process-wide transport and shuts it down at exit, even while
   // handlers elsewhere still hold it (they then get -999 for new requests).
   struct Owner {
-    std::shared_ptr<CurlTransport> transport = std::make_shared<CurlTransport>(
-        Options{std::clamp<std::size_t>(std::thread::hardware_concurrency(), 2, 4), Options{}.idleHandles});
+    std::shared_ptr<CurlTransport> transport = std::make_shared<CurlTransport>(Options{});
     ~Owner() { transport->shutdown(); }
   };
   static Owner owner;
@@ -67,12 +68,14 @@ CurlTransport::CurlTransport(Options options)
     : multi_(curl_multi_init()),
       share_(curl_share_init()),
       handles_(options.idleHandles),
-      completions_(options.completionThreads) {
+      completions_(options.completions) {
   if (!multi_) {
     stopping_ = true;  // libcurl could not start: every request fails as cancelled
     return;
   }
-  curl_multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS, kCachedConnections);
+  curl_multi_setopt(multi_.get(), CURLMOPT_MAX_HOST_CONNECTIONS, options.connectionsPerHost);
+  curl_multi_setopt(multi_.get(), CURLMOPT_MAX_TOTAL_CONNECTIONS, options.connections);
+  curl_multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS, options.connections);
   if (share_) {
     // Only the I/O thread touches the share, so it needs no lock callbacks.
     curl_share_setopt(share_.get(), CURLSHOPT_SHARE, CURL_LOCK_DATA_DNS);
@@ -161,11 +164,12 @@ void CurlTransport::enqueue(QXURLRequest request, TransferSink sink) {
 }
 
 void CurlTransport::run() {
+  ioSystemId_ = static_cast<long>(::gettid());
   while (startQueuedJobs()) {
     int stillRunning = 0;
     curl_multi_perform(multi_.get(), &stillRunning);
     collectFinished();
-    curl_multi_poll(multi_.get(), nullptr, 0, kIdlePollMs, nullptr);
+    curl_multi_poll(multi_.get(), nullptr, 0, kIdleWaitMs, nullptr);
   }
   cancelEverything();
 }
@@ -187,13 +191,15 @@ bool CurlTransport::startQueuedJobs() {
 
 void CurlTransport::start(Job job) {
   auto request = std::make_unique<CurlRequest>(std::move(job.request), job.target, std::move(job.sink));
-  CURLcode code = request->configure(handles_.acquire(), share_.get(), caFile());
+  std::string bundle = caFile();
+  auto [handle, prepared] = handles_.acquire(bundle);
+  CURLcode code = request->configure(std::move(handle), prepared, share_.get(), bundle);
   if (code == CURLE_OK && curl_multi_add_handle(multi_.get(), request->easy()) != CURLM_OK) {
     code = CURLE_FAILED_INIT;
   }
   if (code != CURLE_OK) {
     TransferResult result = request->finish(code);
-    handles_.release(request->takeHandle());
+    handles_.release(request->takeHandle(), false, std::string());
     request->deliver(std::move(result));
     return;
   }
@@ -240,7 +246,7 @@ void CurlTransport::cancelEverything() {
 
 void CurlTransport::retire(CurlRequest& request) {
   curl_multi_remove_handle(multi_.get(), request.easy());
-  handles_.release(request.takeHandle());
+  handles_.release(request.takeHandle(), request.prepared(), request.caFile());
 }
 
 }  // namespace quorvix::detail

@@ -2,6 +2,7 @@
 /// @file
 /// The process-wide HTTP client behind the default connection handler.
 
+#include <atomic>
 #include <cstddef>
 #include <deque>
 #include <memory>
@@ -19,17 +20,23 @@
 namespace quorvix::detail {
 
 /// An HTTP client: one I/O thread drives every transfer through a libcurl
-/// multi handle, which keeps connections alive between requests and shares
-/// DNS answers and TLS sessions; results go to a small completion pool, never
-/// to the caller's thread nor to the I/O thread.
+/// multi handle, which keeps connections alive between requests, caps how
+/// many it opens (requests beyond the cap wait for a connection) and shares
+/// DNS answers and TLS sessions; results go to a completion pool that grows
+/// while its workers are busy, never to the caller's thread nor to the I/O
+/// thread. Idle, the I/O thread sleeps until a request arrives.
 class CurlTransport {
  public:
   /// Settings of a transport.
   struct Options {
-    /// Threads running completions.
-    std::size_t completionThreads = 2;
+    /// How many threads run completions and how long an idle one stays.
+    CompletionPool::Limits completions;
     /// Idle easy handles kept for reuse.
-    std::size_t idleHandles = 8;
+    std::size_t idleHandles = 16;
+    /// Connections open at once to one host; further requests to it wait for one.
+    long connectionsPerHost = 6;
+    /// Connections open at once in all.
+    long connections = 24;
   };
 
   /// The process-wide transport, created on first use and shut down when the
@@ -86,6 +93,14 @@ class CurlTransport {
   /// Takes a request off the multi handle and returns its easy handle to the pool.
   void retire(CurlRequest& request);
 
+ public:
+  /// The completion workers alive now (for tests).
+  std::size_t completionThreads() const { return completions_.threadCount(); }
+  /// The system's id of the I/O thread once it runs, 0 before (for tests).
+  long ioThreadSystemId() const { return ioSystemId_.load(); }
+
+ private:
+
   /// The CA bundle set with `setCAFile` (empty: the system store).
   static std::string caFile();
 
@@ -103,6 +118,7 @@ class CurlTransport {
   CompletionPool completions_;
   std::thread io_;
   std::thread::id ioThreadId_;
+  std::atomic<long> ioSystemId_{0};
 };
 
 }  // namespace quorvix::detail

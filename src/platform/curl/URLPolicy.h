@@ -2,6 +2,9 @@
 /// @file
 /// Which URLs the transport agrees to send a request to.
 
+#include <curl/curl.h>
+
+#include <memory>
 #include <string_view>
 #include <variant>
 
@@ -13,6 +16,8 @@ struct URLTarget {
   bool plainHttp = false;
   /// The host names this machine.
   bool loopback = false;
+  /// The URL as parsed for the check, handed to libcurl so it does not parse it again.
+  std::shared_ptr<CURLU> parsed;
 };
 
 /// Checks a request URL before anything is sent: "https" to any host, "http"
