@@ -29,6 +29,7 @@ void EasyHandlePool::release(EasyHandle easy, bool configured, std::string caFil
   // Nothing of the finished request may be reachable from an idle handle.
   curl_easy_setopt(easy.get(), CURLOPT_HTTPHEADER, static_cast<curl_slist*>(nullptr));
   curl_easy_setopt(easy.get(), CURLOPT_CURLU, static_cast<CURLU*>(nullptr));
+  curl_easy_setopt(easy.get(), CURLOPT_ERRORBUFFER, static_cast<char*>(nullptr));
   idle_.push_back(Idle{std::move(easy), configured, std::move(caFile)});
 }
 

@@ -93,7 +93,10 @@ CURLcode CurlRequest::configure(EasyHandle easy, bool prepared, CURLSH* share, c
   options.set(CURLOPT_PRIVATE, static_cast<void*>(this));
   options.set(CURLOPT_ERRORBUFFER, errorText_);
   if (target_.parsed) {
-    options.set(CURLOPT_CURLU, target_.parsed.get());  // parsed once, when it was checked
+    // Parsed once, when it was checked. The URL string must be cleared too:
+    // a reused handle would otherwise keep addressing its previous URL.
+    options.set(CURLOPT_URL, static_cast<const char*>(nullptr));
+    options.set(CURLOPT_CURLU, target_.parsed.get());
   } else {
     options.set(CURLOPT_URL, request_.url.c_str());
   }

@@ -146,7 +146,7 @@ void CurlTransport::shutdown() {
 }
 
 void CurlTransport::enqueue(QXURLRequest request, TransferSink sink) {
-  const std::variant<URLTarget, long> checked = checkRequestURL(request.url);
+  std::variant<URLTarget, long> checked = checkRequestURL(request.url);
   if (const long* refusal = std::get_if<long>(&checked)) {
     sink(failedTransfer(*refusal, refusalText(*refusal), request.url));
     return;
@@ -154,9 +154,13 @@ void CurlTransport::enqueue(QXURLRequest request, TransferSink sink) {
   {
     std::lock_guard lock(mutex_);
     if (!stopping_) {
-      queue_.push_back(Job{std::move(request), std::get<URLTarget>(checked), std::move(sink)});
-      // Under the lock: the multi handle outlives every wake-up made before stopping_.
-      curl_multi_wakeup(multi_.get());
+      queue_.push_back(Job{std::move(request), std::get<URLTarget>(std::move(checked)), std::move(sink)});
+      // Only a sleeping I/O thread needs the wake-up (a system call); a busy
+      // one looks at the queue before it sleeps. Under the lock: the multi
+      // handle outlives every wake-up made before stopping_.
+      if (ioWaiting_.load()) {
+        curl_multi_wakeup(multi_.get());
+      }
       return;
     }
   }
@@ -169,7 +173,18 @@ void CurlTransport::run() {
     int stillRunning = 0;
     curl_multi_perform(multi_.get(), &stillRunning);
     collectFinished();
-    curl_multi_poll(multi_.get(), nullptr, 0, kIdleWaitMs, nullptr);
+    // Announce the sleep before the last look at the queue: a request queued
+    // after that look sees the announcement and wakes the poll.
+    ioWaiting_.store(true);
+    bool queued = false;
+    {
+      std::lock_guard lock(mutex_);
+      queued = !queue_.empty() || stopping_;
+    }
+    if (!queued) {
+      curl_multi_poll(multi_.get(), nullptr, 0, kIdleWaitMs, nullptr);
+    }
+    ioWaiting_.store(false);
   }
   cancelEverything();
 }

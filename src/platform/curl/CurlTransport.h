@@ -119,6 +119,7 @@ class CurlTransport {
   std::thread io_;
   std::thread::id ioThreadId_;
   std::atomic<long> ioSystemId_{0};
+  std::atomic<bool> ioWaiting_{false};  // the I/O thread is about to sleep or sleeps in its poll
 };
 
 }  // namespace quorvix::detail
