@@ -8,13 +8,16 @@ import argparse
 import json
 import statistics
 import subprocess
+import tempfile
 
 
 def run_once(binary, min_time):
-    out = subprocess.run([binary, "--benchmark_format=json", f"--benchmark_min_time={min_time}"],
-                         check=True, capture_output=True, text=True).stdout
+    with tempfile.NamedTemporaryFile(suffix=".json") as out:
+        subprocess.run([binary, f"--benchmark_out={out.name}", "--benchmark_out_format=json",
+                        f"--benchmark_min_time={min_time}"], check=True, capture_output=True, text=True)
+        report = json.load(open(out.name))
     results = {}
-    for entry in json.loads(out)["benchmarks"]:
+    for entry in report["benchmarks"]:
         if entry.get("run_type", "iteration") != "iteration" or entry.get("error_occurred"):
             continue
         name = entry["name"].split("/")[0]
