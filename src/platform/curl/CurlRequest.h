@@ -56,6 +56,8 @@ class CurlRequest {
 
   /// The easy handle set up by `configure`.
   CURL* easy() const { return easy_.get(); }
+  /// Where the request goes.
+  const URLTarget& target() const { return target_; }
   /// Gives the easy handle back (after it left the multi handle).
   EasyHandle takeHandle() { return std::move(easy_); }
   /// Whether the handle holds the options every request shares, for `caFile()`.

@@ -68,6 +68,7 @@ CurlTransport::CurlTransport(Options options)
     : multi_(curl_multi_init()),
       share_(curl_share_init()),
       handles_(options.idleHandles),
+      connectionsPerHost_(std::max(options.connectionsPerHost, 1L)),
       completions_(options.completions) {
   if (!multi_) {
     stopping_ = true;  // libcurl could not start: every request fails as cancelled
@@ -199,13 +200,46 @@ bool CurlTransport::startQueuedJobs() {
     jobs.swap(queue_);
   }
   for (Job& job : jobs) {
-    start(std::move(job));
+    admit(std::move(job));
   }
   return true;
 }
 
-void CurlTransport::start(Job job) {
-  auto request = std::make_unique<CurlRequest>(std::move(job.request), job.target, std::move(job.sink));
+void CurlTransport::admit(Job job) {
+  const std::string origin = job.target.origin;
+  OriginLoad& load = origins_[origin];
+  if (load.inFlight >= connectionsPerHost_) {
+    load.waiting.push_back(std::move(job));  // its time-out starts once it is sent
+    return;
+  }
+  ++load.inFlight;
+  if (!start(std::move(job))) {
+    release(origin);
+  }
+}
+
+void CurlTransport::release(const std::string& origin) {
+  const auto found = origins_.find(origin);
+  if (found == origins_.end()) {
+    return;
+  }
+  OriginLoad& load = found->second;
+  --load.inFlight;
+  while (load.inFlight < connectionsPerHost_ && !load.waiting.empty()) {
+    Job next = std::move(load.waiting.front());
+    load.waiting.pop_front();
+    ++load.inFlight;
+    if (!start(std::move(next))) {
+      --load.inFlight;
+    }
+  }
+  if (load.inFlight <= 0 && load.waiting.empty()) {
+    origins_.erase(found);
+  }
+}
+
+bool CurlTransport::start(Job job) {
+  auto request = std::make_unique<CurlRequest>(std::move(job.request), std::move(job.target), std::move(job.sink));
   std::string bundle = caFile();
   auto [handle, prepared] = handles_.acquire(bundle);
   CURLcode code = request->configure(std::move(handle), prepared, share_.get(), bundle);
@@ -216,10 +250,11 @@ void CurlTransport::start(Job job) {
     TransferResult result = request->finish(code);
     handles_.release(request->takeHandle(), false, std::string());
     request->deliver(std::move(result));
-    return;
+    return false;
   }
   CURL* easy = request->easy();
   running_.emplace(easy, std::move(request));
+  return true;
 }
 
 void CurlTransport::collectFinished() {
@@ -237,6 +272,7 @@ void CurlTransport::collectFinished() {
     running_.erase(found);
     TransferResult result = request->finish(code);
     retire(*request);
+    release(request->target().origin);
     request->deliver(std::move(result));
   }
 }
@@ -249,6 +285,12 @@ void CurlTransport::cancelEverything() {
     request.deliver(std::move(result));
   }
   running_.clear();
+  for (auto& [origin, load] : origins_) {
+    for (Job& job : load.waiting) {
+      job.sink(failedTransfer(kCancelled, "cancelled", job.request.url));
+    }
+  }
+  origins_.clear();
   std::deque<Job> queued;
   {
     std::lock_guard lock(mutex_);

@@ -33,7 +33,9 @@ class CurlTransport {
     CompletionPool::Limits completions;
     /// Idle easy handles kept for reuse.
     std::size_t idleHandles = 16;
-    /// Connections open at once to one host; further requests to it wait for one.
+    /// Connections open at once to one host, and so requests in flight to it;
+    /// further requests to it wait in the transport, and their time-out starts
+    /// when they are sent.
     long connectionsPerHost = 6;
     /// Connections open at once in all.
     long connections = 24;
@@ -84,8 +86,12 @@ class CurlTransport {
   void run();
   /// Moves queued jobs onto the multi handle. Returns false once shutting down.
   bool startQueuedJobs();
-  /// Sets up and starts one job (I/O thread).
-  void start(Job job);
+  /// Starts `job`, or keeps it waiting while its origin has every connection busy (I/O thread).
+  void admit(Job job);
+  /// Sets up and starts one job; false when it failed at once (and was delivered). I/O thread.
+  bool start(Job job);
+  /// A request to `origin` ended: starts the next one waiting for it (I/O thread).
+  void release(const std::string& origin);
   /// Delivers the results of the transfers libcurl reports done (I/O thread).
   void collectFinished();
   /// Fails every queued and running request with -999 (I/O thread, at its end).
@@ -109,6 +115,13 @@ class CurlTransport {
   ShareHandle share_;
   EasyHandlePool handles_;
   std::unordered_map<CURL*, std::unique_ptr<CurlRequest>> running_;  // I/O thread only
+  /// Per origin, the requests in flight and the jobs waiting for one to end (I/O thread only).
+  struct OriginLoad {
+    long inFlight = 0;
+    std::deque<Job> waiting;
+  };
+  std::unordered_map<std::string, OriginLoad> origins_;
+  long connectionsPerHost_;
 
   std::mutex mutex_;  // guards queue_ and stopping_
   std::deque<Job> queue_;

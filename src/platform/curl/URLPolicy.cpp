@@ -20,9 +20,9 @@ namespace quorvix::detail {
 namespace {
 
 /// One part of a parsed URL, or nothing when the URL lacks it.
-std::optional<std::string> urlPart(CURLU* url, CURLUPart part) {
+std::optional<std::string> urlPart(CURLU* url, CURLUPart part, unsigned int flags = 0) {
   char* text = nullptr;
-  if (curl_url_get(url, part, &text, 0) != CURLUE_OK || text == nullptr) {
+  if (curl_url_get(url, part, &text, flags) != CURLUE_OK || text == nullptr) {
     return std::nullopt;
   }
   std::string value(text);
@@ -75,6 +75,8 @@ std::variant<URLTarget, long> checkRequestURL(std::string_view text) {
   if (target.plainHttp && !target.loopback) {
     return errors::kUnsupportedURL;
   }
+  target.origin = lowerScheme + "://" + lowercased(*host) + ":" +
+                  urlPart(url.get(), CURLUPART_PORT, CURLU_DEFAULT_PORT).value_or("");
   target.parsed = std::move(url);
   return target;
 }

@@ -5,6 +5,7 @@
 #include <curl/curl.h>
 
 #include <memory>
+#include <string>
 #include <string_view>
 #include <variant>
 
@@ -18,6 +19,9 @@ struct URLTarget {
   bool loopback = false;
   /// The URL as parsed for the check, handed to libcurl so it does not parse it again.
   std::shared_ptr<CURLU> parsed;
+  /// Scheme, host and port in lower case ("http://acme.localhost:8080"):
+  /// requests with the same origin share connections.
+  std::string origin;
 };
 
 /// Checks a request URL before anything is sent: "https" to any host, "http"
