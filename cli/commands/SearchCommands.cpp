@@ -46,10 +46,11 @@ ExitCode usage(Runtime& runtime, const std::string& text) {
 ExitCode runSearch(Runtime& runtime, const std::string& text) {
   using Reply = Answer<std::shared_ptr<QXSearchResponse>>;
   auto slot = std::make_shared<Handoff<Reply>>();
+  auto sessionFailed = runtime.watchSessionStart();
   runtime.engine()->searchText(text, [slot](std::shared_ptr<QXSearchResponse> response, std::optional<QXError> error) {
     slot->deliver(Reply{std::move(response), std::move(error)});
   });
-  auto outcome = runtime.await(*slot);
+  auto outcome = runtime.await(*slot, std::move(sessionFailed));
   if (!outcome.value) return runtime.reportUndelivered(outcome);
   if (reportedError(runtime, *outcome.value)) return ExitCode::EngineError;
   const std::shared_ptr<QXSearchResponse>& response = outcome.value->value;
@@ -106,11 +107,12 @@ ExitCode runSuggest(Runtime& runtime, const std::string& text) {
   if (auto failed = awaitFonts(runtime)) return *failed;
   using Reply = Answer<std::shared_ptr<QXAutoCompleteResponse>>;
   auto slot = std::make_shared<Handoff<Reply>>();
+  auto sessionFailed = runtime.watchSessionStart();
   runtime.engine()->suggestionsForText(
       text, [slot](std::shared_ptr<QXAutoCompleteResponse> response, std::optional<QXError> error) {
         slot->deliver(Reply{std::move(response), std::move(error)});
       });
-  auto outcome = runtime.await(*slot);
+  auto outcome = runtime.await(*slot, std::move(sessionFailed));
   if (!outcome.value) return runtime.reportUndelivered(outcome);
   if (reportedError(runtime, *outcome.value)) return ExitCode::EngineError;
   const std::shared_ptr<QXAutoCompleteResponse>& response = outcome.value->value;
@@ -164,10 +166,11 @@ TextResult contextValuesText(const std::string& names, const Json& reply) {
 ExitCode runContexts(Runtime& runtime, const std::string& names) {
   using Reply = Answer<std::optional<Json>>;
   auto slot = std::make_shared<Handoff<Reply>>();
+  auto sessionFailed = runtime.watchSessionStart();
   runtime.engine()->contextValue(names, [slot](std::optional<Json> reply, std::optional<QXError> error) {
     slot->deliver(Reply{std::move(reply), std::move(error)});
   });
-  auto outcome = runtime.await(*slot);
+  auto outcome = runtime.await(*slot, std::move(sessionFailed));
   if (!outcome.value) return runtime.reportUndelivered(outcome);
   if (reportedError(runtime, *outcome.value)) return ExitCode::EngineError;
   const Json reply = outcome.value->value.value_or(Json(nullptr));
@@ -184,10 +187,11 @@ ExitCode runSetContext(Runtime& runtime, const std::string& entry) {
   const std::string value = entry.substr(colon + 1);
   using Reply = Answer<bool>;
   auto slot = std::make_shared<Handoff<Reply>>();
+  auto sessionFailed = runtime.watchSessionStart();
   runtime.engine()->changeContext(JsonObject{{name, value}}, [slot](bool accepted, std::optional<QXError> error) {
     slot->deliver(Reply{accepted, std::move(error)});
   });
-  auto outcome = runtime.await(*slot);
+  auto outcome = runtime.await(*slot, std::move(sessionFailed));
   if (!outcome.value) return runtime.reportUndelivered(outcome);
   if (reportedError(runtime, *outcome.value)) return ExitCode::EngineError;
   if (!outcome.value->value) {

@@ -6,11 +6,6 @@
 #include "tool/Output.h"
 
 namespace quorvix::cli {
-namespace {
-
-void dropLogLine(std::string_view) {}
-
-}  // namespace
 
 std::variant<std::unique_ptr<EngineHost>, EngineHost::Failure> EngineHost::start(AccountPlan plan,
                                                                                   std::shared_ptr<Console> console,
@@ -20,7 +15,7 @@ std::variant<std::unique_ptr<EngineHost>, EngineHost::Failure> EngineHost::start
   if (showLog) {
     platform::setLogSink([console](std::string_view line) { console->logLine(line); });
   } else {
-    platform::setLogSink(dropLogLine);
+    platform::discardLog();
   }
   platform::setHostInfo(plan.hostInfo);
 
@@ -56,7 +51,7 @@ EngineHost::~EngineHost() {
     sandbox_->stop();
     sandbox_.reset();
   }
-  platform::setLogSink(dropLogLine);
+  platform::discardLog();
 }
 
 }  // namespace quorvix::cli

@@ -66,6 +66,17 @@ class Runtime {
     return outcome;
   }
 
+  /// For session-bound requests, whose completion the engine drops when the
+  /// session cannot be opened: forgets an earlier session failure and returns
+  /// a check for a new one, to pass to `await`. Call before sending.
+  std::function<std::optional<QXError>()> watchSessionStart() {
+    engine_->setSessionError(std::nullopt);
+    return [engine = engine_]() -> std::optional<QXError> {
+      if (engine->sessionId()) return std::nullopt;
+      return engine->sessionError();
+    };
+  }
+
   /// Reports a wait that did not deliver: the failure as an engine error
   /// (exit code 1) or the time-out (exit code 3). Call only when there is no value.
   template <class T>

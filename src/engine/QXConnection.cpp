@@ -13,6 +13,18 @@ namespace {
 // dictionary's "status" and what a non-200 HTTP status turns into.
 enum class Road { Components, Request };
 
+// Adds the transport's reason ("description") and the redacted address
+// ("url") of a failed transfer to the error that reports it.
+void addTransportReason(QXError& error, const QXError& transportError) {
+  const auto& info = transportError.userInfo;
+  if (auto found = info.find("NSLocalizedDescription"); found != info.end()) {
+    error.userInfo["description"] = found->second;
+  }
+  if (auto found = info.find("NSErrorFailingURLStringKey"); found != info.end()) {
+    error.userInfo["url"] = detail::redactSecrets(found->second);
+  }
+}
+
 QXResponse readAnswer(Road road, std::string body, const std::optional<QXHTTPURLResponse>& http,
                       const std::optional<QXError>& transportError) {
   const auto errorHandler = QXErrorHandler::shared();
@@ -46,12 +58,16 @@ QXResponse readAnswer(Road road, std::string body, const std::optional<QXHTTPURL
   }
 
   // Without an HTTP answer the status reads 0, so a transport failure ends
-  // as a "com.quorvix" error of code 0.
+  // as a "com.quorvix" error of code 0; it keeps why and where it failed.
   if (response.status() != 200) {
     if (road == Road::Components) {
-      response.setError(errors::service(static_cast<long>(response.status())));
+      QXError error = errors::service(static_cast<long>(response.status()));
+      if (transportError && !http) addTransportReason(error, *transportError);
+      response.setError(std::move(error));
     } else {
-      response.setError(QXError{errors::kServiceDomain, 500, {{"Error", "Status code 500"}}});
+      QXError error{errors::kServiceDomain, 500, {{"Error", "Status code 500"}}};
+      if (transportError && !http) addTransportReason(error, *transportError);
+      response.setError(std::move(error));
     }
   }
   return response;

@@ -15,7 +15,10 @@ std::string formatLog(std::string_view format, std::string_view argument) {
   return line;
 }
 
-void logFormat(std::string_view format, std::string_view argument) { platform::log(formatLog(format, argument)); }
+void logFormat(std::string_view format, std::string_view argument) {
+  if (!logWanted()) return;
+  platform::log(formatLog(format, argument));
+}
 
 void logThrown(std::string_view where, std::string_view what) noexcept {
   try {

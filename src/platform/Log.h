@@ -9,7 +9,11 @@ namespace quorvix::detail {
 
 /// Fills the first "%@" of a fixed log format with `argument`.
 std::string formatLog(std::string_view format, std::string_view argument);
-/// Logs a fixed format filled with one argument ("URL :: %@").
+/// Whether log lines are wanted at all (false after `platform::discardLog`):
+/// callers may skip building a line when not.
+bool logWanted();
+/// Logs a fixed format filled with one argument ("URL :: %@"); builds nothing
+/// when log lines are discarded.
 void logFormat(std::string_view format, std::string_view argument);
 /// Logs that host code run on one of the engine's threads threw: "Quorvix:
 /// <where> threw: <what>". Never throws, even when the log sink does.

@@ -1,5 +1,6 @@
 #include "quorvix/platform/Platform.h"
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -29,6 +30,8 @@ struct State {
   std::weak_ptr<detail::TimerScheduler> defaultScheduler;
   // Set once the process is ending: defaults made afterwards start stopped.
   bool ending = false;
+  // Read without the lock on every log call.
+  std::atomic<bool> discarding{false};
 };
 
 State& state() {
@@ -99,13 +102,23 @@ void setLogSink(LogSink sink) {
   auto shared = sink ? std::make_shared<const LogSink>(std::move(sink)) : nullptr;
   std::lock_guard lock(s.mutex);
   s.logSink = std::move(shared);
+  s.discarding.store(false, std::memory_order_relaxed);
+}
+
+void discardLog() {
+  auto& s = state();
+  std::lock_guard lock(s.mutex);
+  s.logSink = nullptr;
+  s.discarding.store(true, std::memory_order_relaxed);
 }
 
 void log(std::string_view line) {
   std::shared_ptr<const LogSink> sink;
   {
     auto& s = state();
+    if (s.discarding.load(std::memory_order_relaxed)) return;
     std::lock_guard lock(s.mutex);
+    if (s.discarding.load(std::memory_order_relaxed)) return;
     sink = s.logSink;
   }
   const std::string redacted = detail::redactSecrets(line);
@@ -176,5 +189,7 @@ void stopDefaultThreads() {
   if (timer) timer->stop();
   if (executor) executor->stop();
 }
+
+bool logWanted() { return !platform::state().discarding.load(std::memory_order_relaxed); }
 
 }  // namespace quorvix::detail

@@ -2,6 +2,9 @@
 // styled text, and a shell session against the embedded sandbox.
 
 #include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include <boost/json.hpp>
 #include <sstream>
@@ -169,6 +172,29 @@ TEST(SearchCommandTest, FaqReportsContextsChannelsAndBadArguments) {
   EXPECT_NE(run.err.find("track wants a JSON object"), std::string::npos) << run.err;
   // The unknown article is the service's error.
   EXPECT_EQ(run.lines[3].at("error").at("code"), 404);
+}
+
+TEST(SearchCommandTest, AFailedSessionStartEndsTheSearchAtOnceWithTheReason) {
+  // A loopback port nothing listens on: the session cannot open.
+  const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t length = sizeof address;
+  ASSERT_EQ(::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length);
+  ::close(fd);
+  const std::string service = "http://localhost:" + std::to_string(ntohs(address.sin_port));
+
+  std::istringstream in;
+  std::ostringstream out, err;
+  // Waiting out the time-out would end with exit code 3 instead.
+  const int code = runTool({"--service", service, "--timeout", "20", "search", "reset"},
+                           Streams{in, out, err, TerminalInfo{}});
+  EXPECT_EQ(code, 1) << err.str();
+  EXPECT_NE(err.str().find("error: com.quorvix 0"), std::string::npos) << err.str();
+  EXPECT_NE(err.str().find("Connection refused"), std::string::npos) << err.str();
+  EXPECT_NE(err.str().find("hello.js"), std::string::npos) << "the address that failed: " << err.str();
 }
 
 }  // namespace

@@ -16,6 +16,7 @@
 
 #include "platform/TransportTestSupport.h"
 #include "platform/curl/CurlTransport.h"
+#include "quorvix/engine/QXConnection.h"
 #include "quorvix/engine/QXDefaultConnectionHandler.h"
 
 namespace quorvix {
@@ -114,6 +115,28 @@ TEST_F(TlsTransportTest, VerifiesPeerAndHostAndTrustsTheConfiguredBundle) {
   const std::optional<Outcome> wrongHost = openAndWait(handler, getRequest(server.url("/data", "127.0.0.1", "https")));
   ASSERT_TRUE(wrongHost);
   EXPECT_EQ(wrongHost->code(), errors::kServerCertificateUntrusted);
+}
+
+TEST_F(TlsTransportTest, ARejectedCertificateIsTheReasonTheServiceErrorGives) {
+  LoopbackServer server(tlsServer());
+  server.http().Get("/api/q.js", [](const httplib::Request&, httplib::Response& res) {
+    res.set_content("{}", "application/json");
+  });
+  ASSERT_TRUE(server.start());
+  // The system store does not know the certificate.
+  const std::string url = server.url("/api/q.js?sid=s1d", "localhost", "https");
+  std::promise<std::optional<QXError>> reported;
+  QXConnection::openConnection(std::make_shared<QXDefaultConnectionHandler>(), URLComponents::parse(url).value(),
+                               [&](QXResponse response) { reported.set_value(response.error()); });
+  auto future = reported.get_future();
+  ASSERT_EQ(future.wait_for(testing::kHangGuard), std::future_status::ready);
+  const std::optional<QXError> error = future.get();
+  ASSERT_TRUE(error);
+  EXPECT_EQ(error->domain, errors::kServiceDomain);
+  EXPECT_EQ(error->code, 0);
+  EXPECT_NE(error->userInfo.at("description").find("certificate"), std::string::npos)
+      << error->userInfo.at("description");
+  EXPECT_EQ(error->userInfo.at("url"), server.url("/api/q.js?sid=***", "localhost", "https"));
 }
 
 TEST_F(TlsTransportTest, DoesNotFollowRedirectsFromHttpsToPlainHttp) {

@@ -25,7 +25,11 @@ class QXConnection {
  public:
   /// Sends a GET for the components' URL with a 15-second time-out and the
   /// "Referer" client identification header through `handler`, and calls the
-  /// completion exactly once with the response.
+  /// completion exactly once with the response. When no HTTP answer arrived
+  /// the response's error is "com.quorvix" code 0 with, in `userInfo`, the
+  /// transport's reason under "description" (connection refused, time-out,
+  /// certificate rejected...) and the address under "url", the values of
+  /// "apiKey" and "sid" replaced by "***".
   static void openConnection(const std::shared_ptr<QXConnectionHandler>& handler, const URLComponents& components,
                              QXResponseCompletion completion);
   /// The same, but the "URL :: %@" log line shows `loggedAs`: a request that

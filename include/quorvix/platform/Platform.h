@@ -49,6 +49,9 @@ void setScheduler(std::shared_ptr<Scheduler> scheduler);
 
 /// Installs the log sink; an empty function restores the default (stderr).
 void setLogSink(LogSink sink);
+/// Drops every log line from now on without even formatting it, until
+/// `setLogSink` installs a sink again. Cheaper than a sink that ignores lines.
+void discardLog();
 /// Sends one line to the log sink, secrets redacted.
 void log(std::string_view line);
 

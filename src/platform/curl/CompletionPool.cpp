@@ -3,6 +3,7 @@
 
 #include "platform/curl/CompletionPool.h"
 
+#include <algorithm>
 #include <exception>
 #include <string>
 #include <utility>
@@ -11,24 +12,29 @@
 
 namespace quorvix::detail {
 
-CompletionPool::CompletionPool(std::size_t threadCount) {
-  if (threadCount == 0) {
-    threadCount = 1;
-  }
-  workers_.reserve(threadCount);
-  for (std::size_t i = 0; i < threadCount; ++i) {
-    workers_.emplace_back([state = state_] { work(state); });
-  }
+CompletionPool::CompletionPool(Limits limits) {
+  limits.maxThreads = std::max<std::size_t>(limits.maxThreads, 1);
+  state_->limits = limits;
 }
 
 CompletionPool::~CompletionPool() { shutdown(); }
 
 void CompletionPool::post(std::function<void()> task) {
+  std::vector<std::thread> ended;
   {
-    std::lock_guard lock(state_->mutex);
+    std::unique_lock lock(state_->mutex);
     if (!state_->closed) {
-      state_->tasks.push_back(std::move(task));
-      state_->wake.notify_one();
+      State& state = *state_;
+      state.tasks.push_back(std::move(task));
+      ended = takeEnded(state);
+      if (state.idle >= state.tasks.size()) {
+        state.wake.notify_one();  // a worker waiting for a task takes it
+      } else if (!state.stopping && state.alive < state.limits.maxThreads) {
+        ++state.alive;
+        state.workers.emplace_back([shared = state_] { work(shared); });
+      }
+      lock.unlock();
+      for (std::thread& thread : ended) thread.join();
       return;
     }
   }
@@ -40,7 +46,8 @@ void CompletionPool::shutdown() {
   {
     std::lock_guard lock(state_->mutex);
     state_->stopping = true;
-    workers.swap(workers_);
+    workers.swap(state_->workers);
+    state_->ended.clear();
   }
   state_->wake.notify_all();
   for (std::thread& worker : workers) {
@@ -62,12 +69,39 @@ void CompletionPool::shutdown() {
   }
 }
 
+std::size_t CompletionPool::threadCount() const {
+  std::lock_guard lock(state_->mutex);
+  return state_->alive;
+}
+
+std::vector<std::thread> CompletionPool::takeEnded(State& state) {
+  std::vector<std::thread> ended;
+  for (const std::thread::id id : state.ended) {
+    const auto found = std::find_if(state.workers.begin(), state.workers.end(),
+                                    [id](const std::thread& worker) { return worker.get_id() == id; });
+    if (found != state.workers.end()) {
+      ended.push_back(std::move(*found));
+      state.workers.erase(found);
+    }
+  }
+  state.ended.clear();
+  return ended;
+}
+
 void CompletionPool::work(const std::shared_ptr<State>& state) {
   std::unique_lock lock(state->mutex);
   for (;;) {
-    state->wake.wait(lock, [&] { return state->stopping || !state->tasks.empty(); });
+    if (state->tasks.empty() && !state->stopping) {
+      ++state->idle;
+      const bool woken = state->wake.wait_for(lock, state->limits.idleTimeout,
+                                              [&] { return state->stopping || !state->tasks.empty(); });
+      --state->idle;
+      if (!woken) {
+        break;  // idle long enough: make room, a new worker starts when needed
+      }
+    }
     if (state->tasks.empty()) {
-      return;  // stopping and nothing left to run
+      break;  // stopping and nothing left to run
     }
     std::function<void()> task = std::move(state->tasks.front());
     state->tasks.pop_front();
@@ -75,6 +109,10 @@ void CompletionPool::work(const std::shared_ptr<State>& state) {
     run(task);
     task = nullptr;  // release what the task captured before taking the lock again
     lock.lock();
+  }
+  --state->alive;
+  if (!state->stopping) {
+    state->ended.push_back(std::this_thread::get_id());  // joined by the next post
   }
 }
 

@@ -7,23 +7,30 @@
 
 namespace quorvix::detail {
 
-EasyHandle EasyHandlePool::acquire() {
+std::pair<EasyHandle, bool> EasyHandlePool::acquire(const std::string& caFile) {
   if (idle_.empty()) {
-    return EasyHandle(curl_easy_init());
+    return {EasyHandle(curl_easy_init()), false};
   }
-  EasyHandle easy = std::move(idle_.back());
+  Idle idle = std::move(idle_.back());
   idle_.pop_back();
-  return easy;
+  if (idle.configured && idle.caFile == caFile) {
+    return {std::move(idle.easy), true};
+  }
+  // Set up for another bundle: start from libcurl's defaults. Connections and
+  // cached sessions live in the multi and share handles and are kept.
+  curl_easy_reset(idle.easy.get());
+  return {std::move(idle.easy), false};
 }
 
-void EasyHandlePool::release(EasyHandle easy) {
+void EasyHandlePool::release(EasyHandle easy, bool configured, std::string caFile) {
   if (!easy || idle_.size() >= capacity_) {
     return;  // freed by the handle's deleter
   }
-  // A reset handle forgets every option; connections and cached sessions live
-  // in the multi and share handles and are kept.
-  curl_easy_reset(easy.get());
-  idle_.push_back(std::move(easy));
+  // Nothing of the finished request may be reachable from an idle handle.
+  curl_easy_setopt(easy.get(), CURLOPT_HTTPHEADER, static_cast<curl_slist*>(nullptr));
+  curl_easy_setopt(easy.get(), CURLOPT_CURLU, static_cast<CURLU*>(nullptr));
+  curl_easy_setopt(easy.get(), CURLOPT_ERRORBUFFER, static_cast<char*>(nullptr));
+  idle_.push_back(Idle{std::move(easy), configured, std::move(caFile)});
 }
 
 }  // namespace quorvix::detail

@@ -6,6 +6,8 @@
 
 #include <cstddef>
 #include <memory>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace quorvix::detail {
@@ -49,22 +51,35 @@ using ShareHandle = std::unique_ptr<CURLSH, ShareDeleter>;
 using EasyHandle = std::unique_ptr<CURL, EasyDeleter>;
 using HeaderList = std::unique_ptr<curl_slist, SlistDeleter>;
 
-/// A few reset easy handles kept for the next requests, so a request does not
-/// pay for allocating a handle. Used from the I/O thread only.
+/// A few easy handles kept for the next requests, so a request pays neither
+/// for allocating a handle nor for setting every option again. A kept handle
+/// keeps the options every request shares; they were set for one CA bundle,
+/// so a handle taken for another bundle comes back reset. Used from the I/O
+/// thread only.
 class EasyHandlePool {
  public:
   /// Keeps at most `capacity` idle handles.
   explicit EasyHandlePool(std::size_t capacity) : capacity_(capacity) {}
 
-  /// An idle handle, or a new one (null only when libcurl is out of memory).
-  EasyHandle acquire();
-  /// Takes a handle back once it has left the multi handle; resets it, or frees
-  /// it when the pool is full.
-  void release(EasyHandle easy);
+  /// A handle for a request using the CA bundle `caFile`, and whether it
+  /// already holds the shared options for that bundle. The handle is null only
+  /// when libcurl is out of memory.
+  std::pair<EasyHandle, bool> acquire(const std::string& caFile);
+  /// Takes a handle back once it has left the multi handle; `configured` says
+  /// whether it holds the shared options for `caFile`. Frees it when the pool
+  /// is full.
+  void release(EasyHandle easy, bool configured, std::string caFile);
 
  private:
+  /// An idle handle and the bundle its options were set for.
+  struct Idle {
+    EasyHandle easy;
+    bool configured = false;
+    std::string caFile;
+  };
+
   std::size_t capacity_;
-  std::vector<EasyHandle> idle_;
+  std::vector<Idle> idle_;
 };
 
 }  // namespace quorvix::detail

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <utility>
 #include <variant>
 
@@ -73,21 +74,34 @@ TransferResult failedTransfer(long code, std::string description, const std::str
 CurlRequest::CurlRequest(QXURLRequest request, URLTarget target, TransferSink sink)
     : request_(std::move(request)), target_(target), sink_(std::move(sink)) {}
 
-CURLcode CurlRequest::configure(EasyHandle easy, CURLSH* share, const std::string& caFile) {
+CURLcode CurlRequest::configure(EasyHandle easy, bool prepared, CURLSH* share, const std::string& caFile) {
   easy_ = std::move(easy);
   if (!easy_) {
     return CURLE_OUT_OF_MEMORY;
   }
+  caFile_ = caFile;
+  prepared_ = prepared;
+  if (!prepared_) {
+    if (const CURLcode code = setSharedOptions(share); code != CURLE_OK) {
+      return code;
+    }
+  }
+  OptionSetter options(easy_.get());
   headers_ = headerLines(request_);
   const long timeoutMs = timeoutMilliseconds(request_.timeoutInterval);
 
-  OptionSetter options(easy_.get());
   options.set(CURLOPT_PRIVATE, static_cast<void*>(this));
-  options.set(CURLOPT_SHARE, share);
   options.set(CURLOPT_ERRORBUFFER, errorText_);
-  options.set(CURLOPT_NOSIGNAL, 1L);
-  options.set(CURLOPT_URL, request_.url.c_str());
+  if (target_.parsed) {
+    // Parsed once, when it was checked. The URL string must be cleared too:
+    // a reused handle would otherwise keep addressing its previous URL.
+    options.set(CURLOPT_URL, static_cast<const char*>(nullptr));
+    options.set(CURLOPT_CURLU, target_.parsed.get());
+  } else {
+    options.set(CURLOPT_URL, request_.url.c_str());
+  }
   if (request_.method.empty() || request_.method == "GET") {
+    options.set(CURLOPT_CUSTOMREQUEST, static_cast<const char*>(nullptr));
     options.set(CURLOPT_HTTPGET, 1L);
   } else {
     options.set(CURLOPT_CUSTOMREQUEST, request_.method.c_str());
@@ -95,33 +109,41 @@ CURLcode CurlRequest::configure(EasyHandle easy, CURLSH* share, const std::strin
   options.set(CURLOPT_HTTPHEADER, headers_.get());
   options.set(CURLOPT_TIMEOUT_MS, timeoutMs);
   options.set(CURLOPT_CONNECTTIMEOUT_MS, timeoutMs);
-  options.set(CURLOPT_ACCEPT_ENCODING, "");  // every encoding libcurl can decode
-  options.set(CURLOPT_TCP_KEEPALIVE, 1L);
-
-  options.set(CURLOPT_PROTOCOLS_STR, "http,https");
-  options.set(CURLOPT_FOLLOWLOCATION, 1L);
-  options.set(CURLOPT_MAXREDIRS, kMaxRedirects);
   options.set(CURLOPT_REDIR_PROTOCOLS_STR, target_.plainHttp ? "http,https" : "https");
   if (target_.plainHttp) {
     // A redirect may leave this machine; plain http must not.
     options.set(CURLOPT_PREREQFUNCTION, &CurlRequest::onRequestReady);
     options.set(CURLOPT_PREREQDATA, static_cast<void*>(this));
+  } else {
+    options.set(CURLOPT_PREREQFUNCTION, static_cast<curl_prereq_callback>(nullptr));
   }
-  if (target_.loopback) {
-    options.set(CURLOPT_PROXY, "");  // this machine is never reached through a proxy
-  }
+  // This machine is never reached through a proxy; other hosts as the environment says.
+  options.set(CURLOPT_PROXY, target_.loopback ? "" : static_cast<const char*>(nullptr));
+  options.set(CURLOPT_WRITEDATA, static_cast<void*>(this));
+  return options.result();
+}
+
+CURLcode CurlRequest::setSharedOptions(CURLSH* share) {
+  OptionSetter options(easy_.get());
+  options.set(CURLOPT_SHARE, share);
+  options.set(CURLOPT_NOSIGNAL, 1L);
+  options.set(CURLOPT_ACCEPT_ENCODING, "");  // every encoding libcurl can decode
+  options.set(CURLOPT_TCP_KEEPALIVE, 1L);
+  options.set(CURLOPT_PROTOCOLS_STR, "http,https");
+  options.set(CURLOPT_FOLLOWLOCATION, 1L);
+  options.set(CURLOPT_MAXREDIRS, kMaxRedirects);
 
   options.set(CURLOPT_SSL_VERIFYPEER, 1L);
   options.set(CURLOPT_SSL_VERIFYHOST, 2L);
   options.set(CURLOPT_SSL_SESSIONID_CACHE, 1L);
-  if (!caFile.empty()) {
-    options.set(CURLOPT_CAINFO, caFile.c_str());
+  if (!caFile_.empty()) {
+    options.set(CURLOPT_CAINFO, caFile_.c_str());
     options.set(CURLOPT_CAPATH, static_cast<const char*>(nullptr));  // skip scanning the CA folder
   }
 
   options.set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(kMaxBodyBytes));
   options.set(CURLOPT_WRITEFUNCTION, &CurlRequest::onBody);
-  options.set(CURLOPT_WRITEDATA, static_cast<void*>(this));
+  prepared_ = options.result() == CURLE_OK;
   return options.result();
 }
 
@@ -150,7 +172,18 @@ TransferResult CurlRequest::finish(CURLcode code) {
   if (urlCode == errors::kDataLengthExceedsMaximum) {
     body_.clear();
   }
-  return failure(urlCode, errorText_[0] != '\0' ? errorText_ : curl_easy_strerror(code));
+  return failure(urlCode, reason(code, osErrno));
+}
+
+std::string CurlRequest::reason(CURLcode code, long osErrno) const {
+  std::string text = errorText_[0] != '\0' ? errorText_ : curl_easy_strerror(code);
+  if (osErrno != 0 && code == CURLE_COULDNT_CONNECT) {
+    const std::string system = std::strerror(static_cast<int>(osErrno));
+    if (text.find(system) == std::string::npos) {
+      text += " (" + system + ")";
+    }
+  }
+  return text;
 }
 
 TransferResult CurlRequest::cancelled() { return failure(kCancelled, "cancelled"); }

@@ -48,14 +48,22 @@ class CurlRequest {
 
   /// Takes `easy` and sets it up for this request: GET with the request's
   /// headers and time-out, redirects, verified TLS (`caFile` replaces the
-  /// system CA store when not empty) and the body limit. Returns the first
-  /// option libcurl refused, or `CURLE_OK`.
-  CURLcode configure(EasyHandle easy, CURLSH* share, const std::string& caFile);
+  /// system CA store when not empty) and the body limit. A handle that
+  /// `prepared` says already holds the options every request shares (for
+  /// `caFile`) only gets this request's own. Returns the first option libcurl
+  /// refused, or `CURLE_OK`.
+  CURLcode configure(EasyHandle easy, bool prepared, CURLSH* share, const std::string& caFile);
 
   /// The easy handle set up by `configure`.
   CURL* easy() const { return easy_.get(); }
+  /// Where the request goes.
+  const URLTarget& target() const { return target_; }
   /// Gives the easy handle back (after it left the multi handle).
   EasyHandle takeHandle() { return std::move(easy_); }
+  /// Whether the handle holds the options every request shares, for `caFile()`.
+  bool prepared() const { return prepared_; }
+  /// The CA bundle the handle was set up for.
+  const std::string& caFile() const { return caFile_; }
 
   /// The result of the transfer, which ended with `code`.
   TransferResult finish(CURLcode code);
@@ -73,6 +81,11 @@ class CurlRequest {
 
   /// A failure result with `code`, described by `description`.
   TransferResult failure(long code, std::string description);
+  /// Sets the options every request shares; the first one libcurl refused, or `CURLE_OK`.
+  CURLcode setSharedOptions(CURLSH* share);
+  /// libcurl's reason for a failed transfer, with the system's reason for a
+  /// failed connect ("Connection refused") when libcurl's text leaves it out.
+  std::string reason(CURLcode code, long osErrno) const;
 
   QXURLRequest request_;
   URLTarget target_;
@@ -82,6 +95,8 @@ class CurlRequest {
   std::string body_;
   bool tooLarge_ = false;
   bool refusedRedirect_ = false;
+  bool prepared_ = false;
+  std::string caFile_;
   char errorText_[CURL_ERROR_SIZE] = {};
 };
 

@@ -3,6 +3,8 @@
 
 #include "platform/curl/CurlTransport.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <condition_variable>
 #include <utility>
@@ -15,10 +17,10 @@ namespace quorvix::detail {
 
 namespace {
 
-/// How long the I/O thread sleeps at most when nothing happens.
-constexpr int kIdlePollMs = 1000;
-/// Connections kept open in the multi handle's cache.
-constexpr long kCachedConnections = 16;
+/// How long the I/O thread sleeps at most when nothing happens: libcurl
+/// shortens the wait to its own next time-out, and a new request or the
+/// shutdown wakes it, so this only bounds the sleep.
+constexpr int kIdleWaitMs = 24 * 60 * 60 * 1000;
 
 /// The text reported for a URL the transport refuses to use.
 const char* refusalText(long code) {
@@ -44,8 +46,7 @@ std::shared_ptr<CurlTransport> CurlTransport::shared() {
   // Owns the process-wide transport and shuts it down at exit, even while
   // handlers elsewhere still hold it (they then get -999 for new requests).
   struct Owner {
-    std::shared_ptr<CurlTransport> transport = std::make_shared<CurlTransport>(
-        Options{std::clamp<std::size_t>(std::thread::hardware_concurrency(), 2, 4), Options{}.idleHandles});
+    std::shared_ptr<CurlTransport> transport = std::make_shared<CurlTransport>(Options{});
     ~Owner() {
       // The engine's own threads go first: a delayed call or a main-queue task
       // must never reach the transport once it shuts down.
@@ -73,12 +74,15 @@ CurlTransport::CurlTransport(Options options)
     : multi_(curl_multi_init()),
       share_(curl_share_init()),
       handles_(options.idleHandles),
-      completions_(options.completionThreads) {
+      connectionsPerHost_(std::max(options.connectionsPerHost, 1L)),
+      completions_(options.completions) {
   if (!multi_) {
     stopping_ = true;  // libcurl could not start: every request fails as cancelled
     return;
   }
-  curl_multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS, kCachedConnections);
+  curl_multi_setopt(multi_.get(), CURLMOPT_MAX_HOST_CONNECTIONS, options.connectionsPerHost);
+  curl_multi_setopt(multi_.get(), CURLMOPT_MAX_TOTAL_CONNECTIONS, options.connections);
+  curl_multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS, options.connections);
   if (share_) {
     // Only the I/O thread touches the share, so it needs no lock callbacks.
     curl_share_setopt(share_.get(), CURLSHOPT_SHARE, CURL_LOCK_DATA_DNS);
@@ -149,7 +153,7 @@ void CurlTransport::shutdown() {
 }
 
 void CurlTransport::enqueue(QXURLRequest request, TransferSink sink) {
-  const std::variant<URLTarget, long> checked = checkRequestURL(request.url);
+  std::variant<URLTarget, long> checked = checkRequestURL(request.url);
   if (const long* refusal = std::get_if<long>(&checked)) {
     sink(failedTransfer(*refusal, refusalText(*refusal), request.url));
     return;
@@ -157,9 +161,13 @@ void CurlTransport::enqueue(QXURLRequest request, TransferSink sink) {
   {
     std::lock_guard lock(mutex_);
     if (!stopping_) {
-      queue_.push_back(Job{std::move(request), std::get<URLTarget>(checked), std::move(sink)});
-      // Under the lock: the multi handle outlives every wake-up made before stopping_.
-      curl_multi_wakeup(multi_.get());
+      queue_.push_back(Job{std::move(request), std::get<URLTarget>(std::move(checked)), std::move(sink)});
+      // Only a sleeping I/O thread needs the wake-up (a system call); a busy
+      // one looks at the queue before it sleeps. Under the lock: the multi
+      // handle outlives every wake-up made before stopping_.
+      if (ioWaiting_.load()) {
+        curl_multi_wakeup(multi_.get());
+      }
       return;
     }
   }
@@ -167,11 +175,23 @@ void CurlTransport::enqueue(QXURLRequest request, TransferSink sink) {
 }
 
 void CurlTransport::run() {
+  ioSystemId_ = static_cast<long>(::gettid());
   while (startQueuedJobs()) {
     int stillRunning = 0;
     curl_multi_perform(multi_.get(), &stillRunning);
     collectFinished();
-    curl_multi_poll(multi_.get(), nullptr, 0, kIdlePollMs, nullptr);
+    // Announce the sleep before the last look at the queue: a request queued
+    // after that look sees the announcement and wakes the poll.
+    ioWaiting_.store(true);
+    bool queued = false;
+    {
+      std::lock_guard lock(mutex_);
+      queued = !queue_.empty() || stopping_;
+    }
+    if (!queued) {
+      curl_multi_poll(multi_.get(), nullptr, 0, kIdleWaitMs, nullptr);
+    }
+    ioWaiting_.store(false);
   }
   cancelEverything();
 }
@@ -186,25 +206,61 @@ bool CurlTransport::startQueuedJobs() {
     jobs.swap(queue_);
   }
   for (Job& job : jobs) {
-    start(std::move(job));
+    admit(std::move(job));
   }
   return true;
 }
 
-void CurlTransport::start(Job job) {
-  auto request = std::make_unique<CurlRequest>(std::move(job.request), job.target, std::move(job.sink));
-  CURLcode code = request->configure(handles_.acquire(), share_.get(), caFile());
+void CurlTransport::admit(Job job) {
+  const std::string origin = job.target.origin;
+  OriginLoad& load = origins_[origin];
+  if (load.inFlight >= connectionsPerHost_) {
+    load.waiting.push_back(std::move(job));  // its time-out starts once it is sent
+    return;
+  }
+  ++load.inFlight;
+  if (!start(std::move(job))) {
+    release(origin);
+  }
+}
+
+void CurlTransport::release(const std::string& origin) {
+  const auto found = origins_.find(origin);
+  if (found == origins_.end()) {
+    return;
+  }
+  OriginLoad& load = found->second;
+  --load.inFlight;
+  while (load.inFlight < connectionsPerHost_ && !load.waiting.empty()) {
+    Job next = std::move(load.waiting.front());
+    load.waiting.pop_front();
+    ++load.inFlight;
+    if (!start(std::move(next))) {
+      --load.inFlight;
+    }
+  }
+  if (load.inFlight <= 0 && load.waiting.empty()) {
+    origins_.erase(found);
+  }
+}
+
+bool CurlTransport::start(Job job) {
+  auto request = std::make_unique<CurlRequest>(std::move(job.request), std::move(job.target), std::move(job.sink));
+  std::string bundle = caFile();
+  auto [handle, prepared] = handles_.acquire(bundle);
+  CURLcode code = request->configure(std::move(handle), prepared, share_.get(), bundle);
   if (code == CURLE_OK && curl_multi_add_handle(multi_.get(), request->easy()) != CURLM_OK) {
     code = CURLE_FAILED_INIT;
   }
   if (code != CURLE_OK) {
     TransferResult result = request->finish(code);
-    handles_.release(request->takeHandle());
+    handles_.release(request->takeHandle(), false, std::string());
     request->deliver(std::move(result));
-    return;
+    return false;
   }
   CURL* easy = request->easy();
   running_.emplace(easy, std::move(request));
+  return true;
 }
 
 void CurlTransport::collectFinished() {
@@ -222,6 +278,7 @@ void CurlTransport::collectFinished() {
     running_.erase(found);
     TransferResult result = request->finish(code);
     retire(*request);
+    release(request->target().origin);
     request->deliver(std::move(result));
   }
 }
@@ -234,6 +291,12 @@ void CurlTransport::cancelEverything() {
     request.deliver(std::move(result));
   }
   running_.clear();
+  for (auto& [origin, load] : origins_) {
+    for (Job& job : load.waiting) {
+      job.sink(failedTransfer(kCancelled, "cancelled", job.request.url));
+    }
+  }
+  origins_.clear();
   std::deque<Job> queued;
   {
     std::lock_guard lock(mutex_);
@@ -246,7 +309,7 @@ void CurlTransport::cancelEverything() {
 
 void CurlTransport::retire(CurlRequest& request) {
   curl_multi_remove_handle(multi_.get(), request.easy());
-  handles_.release(request.takeHandle());
+  handles_.release(request.takeHandle(), request.prepared(), request.caFile());
 }
 
 }  // namespace quorvix::detail

@@ -2,6 +2,7 @@
 /// @file
 /// The process-wide HTTP client behind the default connection handler.
 
+#include <atomic>
 #include <cstddef>
 #include <deque>
 #include <memory>
@@ -19,17 +20,25 @@
 namespace quorvix::detail {
 
 /// An HTTP client: one I/O thread drives every transfer through a libcurl
-/// multi handle, which keeps connections alive between requests and shares
-/// DNS answers and TLS sessions; results go to a small completion pool, never
-/// to the caller's thread nor to the I/O thread.
+/// multi handle, which keeps connections alive between requests, caps how
+/// many it opens (requests beyond the cap wait for a connection) and shares
+/// DNS answers and TLS sessions; results go to a completion pool that grows
+/// while its workers are busy, never to the caller's thread nor to the I/O
+/// thread. Idle, the I/O thread sleeps until a request arrives.
 class CurlTransport {
  public:
   /// Settings of a transport.
   struct Options {
-    /// Threads running completions.
-    std::size_t completionThreads = 2;
+    /// How many threads run completions and how long an idle one stays.
+    CompletionPool::Limits completions;
     /// Idle easy handles kept for reuse.
-    std::size_t idleHandles = 8;
+    std::size_t idleHandles = 16;
+    /// Connections open at once to one host, and so requests in flight to it;
+    /// further requests to it wait in the transport, and their time-out starts
+    /// when they are sent.
+    long connectionsPerHost = 6;
+    /// Connections open at once in all.
+    long connections = 24;
   };
 
   /// The process-wide transport, created on first use and shut down when the
@@ -77,14 +86,26 @@ class CurlTransport {
   void run();
   /// Moves queued jobs onto the multi handle. Returns false once shutting down.
   bool startQueuedJobs();
-  /// Sets up and starts one job (I/O thread).
-  void start(Job job);
+  /// Starts `job`, or keeps it waiting while its origin has every connection busy (I/O thread).
+  void admit(Job job);
+  /// Sets up and starts one job; false when it failed at once (and was delivered). I/O thread.
+  bool start(Job job);
+  /// A request to `origin` ended: starts the next one waiting for it (I/O thread).
+  void release(const std::string& origin);
   /// Delivers the results of the transfers libcurl reports done (I/O thread).
   void collectFinished();
   /// Fails every queued and running request with -999 (I/O thread, at its end).
   void cancelEverything();
   /// Takes a request off the multi handle and returns its easy handle to the pool.
   void retire(CurlRequest& request);
+
+ public:
+  /// The completion workers alive now (for tests).
+  std::size_t completionThreads() const { return completions_.threadCount(); }
+  /// The system's id of the I/O thread once it runs, 0 before (for tests).
+  long ioThreadSystemId() const { return ioSystemId_.load(); }
+
+ private:
 
   /// The CA bundle set with `setCAFile` (empty: the system store).
   static std::string caFile();
@@ -94,6 +115,13 @@ class CurlTransport {
   ShareHandle share_;
   EasyHandlePool handles_;
   std::unordered_map<CURL*, std::unique_ptr<CurlRequest>> running_;  // I/O thread only
+  /// Per origin, the requests in flight and the jobs waiting for one to end (I/O thread only).
+  struct OriginLoad {
+    long inFlight = 0;
+    std::deque<Job> waiting;
+  };
+  std::unordered_map<std::string, OriginLoad> origins_;
+  long connectionsPerHost_;
 
   std::mutex mutex_;  // guards queue_ and stopping_
   std::deque<Job> queue_;
@@ -103,6 +131,8 @@ class CurlTransport {
   CompletionPool completions_;
   std::thread io_;
   std::thread::id ioThreadId_;
+  std::atomic<long> ioSystemId_{0};
+  std::atomic<bool> ioWaiting_{false};  // the I/O thread is about to sleep or sleeps in its poll
 };
 
 }  // namespace quorvix::detail

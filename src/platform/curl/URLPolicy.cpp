@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "quorvix/engine/QXError.h"
 #include "quorvix/platform/ServiceHosts.h"
@@ -18,15 +19,10 @@ namespace quorvix::detail {
 
 namespace {
 
-/// Frees a parsed URL.
-struct URLDeleter {
-  void operator()(CURLU* url) const { curl_url_cleanup(url); }
-};
-
 /// One part of a parsed URL, or nothing when the URL lacks it.
-std::optional<std::string> urlPart(CURLU* url, CURLUPart part) {
+std::optional<std::string> urlPart(CURLU* url, CURLUPart part, unsigned int flags = 0) {
   char* text = nullptr;
-  if (curl_url_get(url, part, &text, 0) != CURLUE_OK || text == nullptr) {
+  if (curl_url_get(url, part, &text, flags) != CURLUE_OK || text == nullptr) {
     return std::nullopt;
   }
   std::string value(text);
@@ -52,7 +48,7 @@ std::string bareHost(std::string host) {
 }  // namespace
 
 std::variant<URLTarget, long> checkRequestURL(std::string_view text) {
-  std::unique_ptr<CURLU, URLDeleter> url(curl_url());
+  std::shared_ptr<CURLU> url(curl_url(), [](CURLU* parsed) { curl_url_cleanup(parsed); });
   if (!url) {
     return errors::kUnknown;
   }
@@ -79,6 +75,9 @@ std::variant<URLTarget, long> checkRequestURL(std::string_view text) {
   if (target.plainHttp && !target.loopback) {
     return errors::kUnsupportedURL;
   }
+  target.origin = lowerScheme + "://" + lowercased(*host) + ":" +
+                  urlPart(url.get(), CURLUPART_PORT, CURLU_DEFAULT_PORT).value_or("");
+  target.parsed = std::move(url);
   return target;
 }
 

@@ -2,6 +2,10 @@
 /// @file
 /// Which URLs the transport agrees to send a request to.
 
+#include <curl/curl.h>
+
+#include <memory>
+#include <string>
 #include <string_view>
 #include <variant>
 
@@ -13,6 +17,11 @@ struct URLTarget {
   bool plainHttp = false;
   /// The host names this machine.
   bool loopback = false;
+  /// The URL as parsed for the check, handed to libcurl so it does not parse it again.
+  std::shared_ptr<CURLU> parsed;
+  /// Scheme, host and port in lower case ("http://acme.localhost:8080"):
+  /// requests with the same origin share connections.
+  std::string origin;
 };
 
 /// Checks a request URL before anything is sent: "https" to any host, "http"
