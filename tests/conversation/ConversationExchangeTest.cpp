@@ -11,6 +11,7 @@
 #include "quorvix/conversation/QXTokenizer.h"
 #include "quorvix/engine/Helpers.h"
 #include "quorvix/engine/Quorvix.h"
+#include "support/ErrorMatchers.h"
 #include "support/PlatformFixture.h"
 #include "support/RecordingConnectionHandler.h"
 
@@ -160,7 +161,7 @@ TEST_F(ConversationExchangeTest, CreateWithEntitiesFetchesTheConfigurationFirst)
   engine->createConversationWithEntities({}, false,
                                          [&](std::optional<Json>, std::optional<QXError> error) { failure = error; });
   ASSERT_TRUE(handler->answer("/widget/scripts/cnf.json", Reply::failure(-1009)));
-  EXPECT_EQ(failure, errors::service(0)) << "a lost connection reaches the caller as the connection layer reports it";
+  EXPECT_THAT(failure, testing::IsLostConnection()) << "a lost connection reaches the caller as the connection layer reports it";
 }
 
 TEST_F(ConversationExchangeTest, StatementsAreRestoredPostbacksGoUntouchedAndTheHeldIdWins) {
@@ -255,7 +256,7 @@ TEST_F(ConversationExchangeTest, ArticleAnswersAndEntityAnswersWithoutABodyDoNot
   engine->sendMissingEntities("[]", false, "5", "x", record(silent));
   ASSERT_TRUE(handler->answer(kStatement, Reply::failure(-1009)));
   EXPECT_EQ(silent.calls, 1);
-  EXPECT_EQ(silent.error, errors::service(0));
+  EXPECT_THAT(silent.error, testing::IsLostConnection());
 }
 
 TEST_F(ConversationExchangeTest, PlaceholdersAreResolvedOneAfterTheOtherWithOneCompletion) {

@@ -6,6 +6,7 @@
 #include "quorvix/engine/Quorvix.h"
 #include "quorvix/sandbox/SandboxService.h"
 #include "support/Eventually.h"
+#include "support/ErrorMatchers.h"
 #include "support/PlatformFixture.h"
 
 namespace quorvix {
@@ -107,7 +108,7 @@ TEST_F(SessionIntegrationTest, DroppedConnectionIsReportedAndTheNextAnswerRecove
 
   engine->startSession(nullptr);
   ASSERT_TRUE(eventually([&] { return engine->sessionError().has_value(); }));
-  EXPECT_EQ(engine->sessionError(), errors::service(0));
+  EXPECT_THAT(engine->sessionError(), testing::IsLostConnection());
   EXPECT_FALSE(engine->sessionId());
   mainQueue->drain();
   EXPECT_EQ(delegate->failures, 1);
