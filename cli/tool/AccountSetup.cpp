@@ -76,6 +76,7 @@ std::variant<AccountPlan, UsageError> planAccount(const GlobalOptions& options) 
   plan.params = std::move(params);
 
   plan.hostInfo = QXHostInfo{options.bundleId, options.build};
+  plan.caFile = options.caFile;
   return plan;
 }
 

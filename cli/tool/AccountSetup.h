@@ -59,6 +59,8 @@ struct AccountPlan {
   std::optional<QXServiceHosts> hosts;
   std::shared_ptr<AccountParams> params;
   QXHostInfo hostInfo;
+  /// The --ca-file bundle, when given.
+  std::optional<std::string> caFile;
 };
 
 /// Checks the options and maps them. Without --account the demo account

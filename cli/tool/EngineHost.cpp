@@ -18,6 +18,7 @@ std::variant<std::unique_ptr<EngineHost>, EngineHost::Failure> EngineHost::start
     platform::discardLog();
   }
   platform::setHostInfo(plan.hostInfo);
+  if (plan.caFile) platform::setCAFile(*plan.caFile);
 
   std::optional<QXServiceHosts> hosts = plan.hosts;
   if (plan.service == ServiceKind::Embedded) {

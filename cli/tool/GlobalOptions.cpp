@@ -42,6 +42,12 @@ void addGlobalOptions(CLI::App& app, GlobalOptions& options) {
   addOptionalText(app, "--referrer", options.referrer, "Referrer sent with searches (default \"mobile\")",
                   kServiceGroup)
       ->type_name("TEXT");
+  app.add_option_function<std::string>(
+         "--ca-file", [&options](const std::string& path) { options.caFile = path; },
+         "Trust the certificate authorities of this PEM bundle instead of the system's (verification stays on)")
+      ->type_name("PATH")
+      ->check(CLI::ExistingFile)
+      ->group(kServiceGroup);
   app.add_option("--context", options.contexts,
                  "Static context entry; repeatable, order kept")
       ->type_name("NAME:VALUE")

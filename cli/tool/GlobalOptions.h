@@ -22,6 +22,8 @@ struct GlobalOptions {
   std::optional<std::string> server;
   std::optional<std::string> labelId;
   std::optional<std::string> referrer;
+  /// A PEM bundle of the certificate authorities to trust instead of the system's.
+  std::optional<std::string> caFile;
   /// "NAME:VALUE" entries in the order given.
   std::vector<std::string> contexts;
   bool allContextsMandatory = false;

@@ -12,6 +12,8 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <sstream>
+#include <vector>
 #include <string>
 
 #include "platform/TransportTestSupport.h"
@@ -22,6 +24,7 @@
 #include "quorvix/sandbox/SandboxService.h"
 #include "quorvix/search/QXQueryResult.h"
 #include "support/SandboxFixture.h"
+#include "tool/CliApp.h"
 
 namespace quorvix {
 namespace {
@@ -204,6 +207,26 @@ TEST_F(SandboxTlsTest, ACertificateForAnotherHostIsRefused) {
   EXPECT_FALSE(listed);
   EXPECT_EQ(transportCode(), errors::kServerCertificateUntrusted);
   EXPECT_TRUE(service_->requestsFor("/api/channeling/v1/get").empty());
+}
+
+TEST_F(SandboxTlsTest, TheToolTrustsTheAuthorityOfCaFileAndNothingElse) {
+  serve(Identity::make("localhost", kServiceNames, &authority_, false));
+  const std::string service = service_->baseURL();
+  const auto run = [&](std::vector<std::string> arguments) {
+    std::istringstream in;
+    std::ostringstream out, err;
+    const int code = cli::runTool(arguments, cli::Streams{in, out, err, cli::TerminalInfo{}});
+    return std::make_pair(code, err.str());
+  };
+  const auto refused = run({"--service", service, "--timeout", "20", "channels", "1002"});
+  EXPECT_EQ(refused.first, 1) << refused.second;
+  EXPECT_NE(refused.second.find("description"), std::string::npos) << "the refusal says why: " << refused.second;
+
+  const auto trusted = run({"--service", service, "--ca-file", caFile_, "--timeout", "20", "channels", "1002"});
+  EXPECT_EQ(trusted.first, 0) << trusted.second;
+
+  const auto missing = run({"--ca-file", (folder_ / "absent.pem").string(), "channels", "1002"});
+  EXPECT_EQ(missing.first, 2) << "a bundle that does not exist is a usage error: " << missing.second;
 }
 
 }  // namespace
