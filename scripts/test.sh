@@ -19,7 +19,7 @@ run() {
   echo "== $preset: test"
   ctest --preset "$preset" -j "$jobs"
   echo "== $preset: the README's tool commands"
-  scripts/check-readme.sh "build/$preset/cli/quorvix"
+  TSAN_OPTIONS="halt_on_error=1:suppressions=$PWD/tests/tsan.supp" scripts/check-readme.sh "build/$preset/cli/quorvix"
 }
 
 docs() {

@@ -158,16 +158,3 @@ void SandboxService::expireAllSessions() { impl_->core.sessions().clear(); }
 std::size_t SandboxService::activeSessions() const { return impl_->core.sessions().alive(); }
 
 }  // namespace quorvix::sandbox
-
-#if defined(__SANITIZE_THREAD__)
-/// Every program that hosts the sandbox (its own executable, the tool, the
-/// tests) serves through the prebuilt httplib library, which the thread
-/// sanitizer cannot see into: it reports that library's own hand-offs between
-/// its worker threads (tables it makes lazily are written by one worker and read
-/// by another behind a guard the sanitizer does not see). Calls made from it are
-/// not checked, nor races whose stacks run through it.
-extern "C" const char* __tsan_default_suppressions() {
-  return "called_from_lib:libcpp-httplib.so\n"
-         "race:libcpp-httplib.so\n";
-}
-#endif
