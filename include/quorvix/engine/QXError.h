@@ -82,11 +82,17 @@ inline constexpr long kServerCertificateUntrusted = -1202;
 inline constexpr long kJSONParseError = 3840;
 
 // Codes of the "com.quorvix.engine" domain (see `QXError`).
+/// A reply the engine cannot use ("Not valid response").
 inline constexpr long kNotValidResponse = 404;
+/// No account to address: the engine was not prepared with an account.
 inline constexpr long kNoAccount = 1001;
+/// An account or server name that is not a host label; nothing was sent.
 inline constexpr long kBadAccountName = 1002;
+/// Channels were asked for without an article.
 inline constexpr long kNoArticle = 1003;
+/// Service hosts with a scheme other than https (http only for loopback hosts).
 inline constexpr long kUnsupportedServiceScheme = 1010;
+/// Service hosts that are not host names.
 inline constexpr long kBadServiceHosts = 1011;
 
 /// The engine's "reply I cannot use" error: domain "com.quorvix.engine",
