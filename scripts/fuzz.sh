@@ -41,12 +41,15 @@ for target in "${targets[@]}"; do
   mkdir -p "$dir/corpus" "$dir/crashes"
   echo "== fuzz_$target for ${seconds}s (work: $dir)"
   set +e
-  nice -n 19 "build/fuzz/fuzz/fuzz_$target" "$dir/corpus" "fuzz/corpus/$target" \
+  # The CPU the fuzzer really had: on a busy machine it is far below the wall time.
+  TIMEFORMAT="cpu: %U s user + %S s system in %R s wall"
+  { time nice -n 19 "build/fuzz/fuzz/fuzz_$target" "$dir/corpus" "fuzz/corpus/$target" \
     -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 \
-    -artifact_prefix="$dir/crashes/" >"$dir/log.txt" 2>&1
+    -artifact_prefix="$dir/crashes/" >"$dir/log.txt" 2>&1; } 2>"$dir/time.txt"
   code=$?
   set -e
   grep -E "^#[0-9]+.*(DONE|pulse|NEW|REDUCE)" "$dir/log.txt" | tail -n 1 | tee "$dir/summary.txt"
+  tee -a "$dir/summary.txt" <"$dir/time.txt"
   grep -E "^stat::" "$dir/log.txt" | tee -a "$dir/summary.txt"
   if [ $code -ne 0 ]; then
     echo "!! fuzz_$target stopped with $code: see $dir/log.txt and $dir/crashes/"
