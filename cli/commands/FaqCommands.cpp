@@ -30,17 +30,20 @@ struct ConfigurationOutcome {
 /// engine is prepared again first, so the configuration is fetched anew.
 WaitOutcome<ConfigurationOutcome> awaitConfiguration(Runtime& runtime, bool fresh) {
   const auto& engine = runtime.engine();
-  // A callback left stored by an earlier request (one that failed or timed
-  // out) would take this one's place: start over in that case.
-  if (fresh || (!engine->isPrepared() && engine->fetchConfiguration())) {
+  if (fresh) {
     engine->prepareWithAccountParams(runtime.params());
     // This preparation's configuration is the one waited for here.
     runtime.takeUnseenPreparation();
   }
   auto slot = std::make_shared<Handoff<ConfigurationOutcome>>();
-  engine->setFetchConfiguration([slot](std::shared_ptr<QXConfiguration> configuration, std::optional<QXError> error) {
+  auto deliver = [slot](std::shared_ptr<QXConfiguration> configuration, std::optional<QXError> error) {
     slot->deliver(ConfigurationOutcome{std::move(configuration), std::move(error)});
-  });
+  };
+  engine->setFetchConfiguration(deliver);
+  // A preparation whose fetch failed before the callback above was stored
+  // would leave it waiting in vain: this call shares the fetch under way, or
+  // starts one. The first answer counts.
+  engine->whenConfigured(deliver);
   return runtime.await(*slot);
 }
 

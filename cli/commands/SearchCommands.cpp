@@ -91,11 +91,9 @@ ExitCode runSearch(Runtime& runtime, const std::string& text) {
 std::optional<ExitCode> awaitFonts(Runtime& runtime) {
   const auto& engine = runtime.engine();
   if (engine->isPrepared()) return std::nullopt;
-  // A callback left stored by an earlier request would take this one's place.
-  if (engine->fetchConfiguration()) engine->prepareWithAccountParams(runtime.params());
   using Reply = Answer<std::shared_ptr<QXConfiguration>>;
   auto slot = std::make_shared<Handoff<Reply>>();
-  engine->setFetchConfiguration([slot](std::shared_ptr<QXConfiguration> configuration, std::optional<QXError> error) {
+  engine->whenConfigured([slot](std::shared_ptr<QXConfiguration> configuration, std::optional<QXError> error) {
     slot->deliver(Reply{std::move(configuration), std::move(error)});
   });
   auto outcome = runtime.await(*slot);

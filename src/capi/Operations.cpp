@@ -38,10 +38,9 @@ void withConfiguration(qx_engine& handle, const std::shared_ptr<Callback>& callb
     callback->fail(makeError(QX_ERROR_INVALID_ARGUMENT, "prepare the engine with an account first"));
     return;
   }
-  // A callback left stored by an earlier request that failed would take this
-  // one's place: start that preparation over.
-  if (!engine->isPrepared() && engine->fetchConfiguration()) engine->prepareWithAccountParams(engine->accountParams());
-  engine->setFetchConfiguration(
+  // Shares the preparation's fetch when it is still under way; starts one
+  // when it already failed.
+  engine->whenConfigured(
       [callback, then = std::move(then)](std::shared_ptr<QXConfiguration> configuration, std::optional<QXError> error) {
         if (error) {
           callback->fail(*error);

@@ -1,5 +1,7 @@
 // The facade's widget configuration: asking for it, fetching it, and applying
 // the FAQ groups or label it calls for before the engine counts as prepared.
+#include "engine/ServiceAddress.h"
+#include "platform/Log.h"
 #include "quorvix/configuration/QXConfiguration.h"
 #include "quorvix/engine/Helpers.h"
 #include "quorvix/engine/Quorvix.h"
@@ -46,6 +48,59 @@ void Quorvix::setFetchConfiguration(QXConfigurationCompletion callback) {
   if (fetch) fetchCNF(nullptr);
 }
 
+void Quorvix::whenConfigured(QXConfigurationCompletion completion) {
+  if (!completion) return;
+  enum class Next { Answer, Refuse, Wait, Fetch } next;
+  std::shared_ptr<QXConfiguration> held;
+  std::shared_ptr<AccountParams> params;
+  {
+    std::lock_guard lock(mutex_);
+    params = accountParams_;
+    held = configuration_;
+    if (isPrepared_ && held) {
+      next = Next::Answer;
+    } else if (!params || !params->baseUrlComp()) {
+      next = Next::Refuse;
+    } else {
+      configurationWaiters_.push_back(std::move(completion));
+      // Joins the fetch under way, or starts one.
+      next = configurationFetching_ ? Next::Wait : Next::Fetch;
+      configurationFetching_ = true;
+    }
+  }
+  switch (next) {
+    case Next::Answer:
+      return completion(held, std::nullopt);
+    case Next::Refuse:
+      return completion(nullptr, detail::addressError(params));
+    case Next::Fetch:
+      return fetchCNF(nullptr);
+    case Next::Wait:
+      return;
+  }
+}
+
+void Quorvix::endConfigurationWait(uint64_t preparation, const std::shared_ptr<QXConfiguration>& configuration,
+                                   const std::optional<QXError>& error) {
+  std::vector<QXConfigurationCompletion> waiters;
+  {
+    std::lock_guard lock(mutex_);
+    // The waiters now wait for the newer preparation's fetch.
+    if (preparation != preparation_) return;
+    configurationFetching_ = false;
+    waiters.swap(configurationWaiters_);
+  }
+  for (auto& waiter : waiters) {
+    detail::runCatching("A configuration callback", [&] {
+      if (configuration) {
+        waiter(configuration, std::nullopt);
+      } else {
+        waiter(nullptr, error ? *error : errors::notValidResponse());
+      }
+    });
+  }
+}
+
 std::optional<URLComponents> Quorvix::cnfComponent() const {
   const std::shared_ptr<AccountParams> params = accountParams();
   if (!params) return std::nullopt;
@@ -60,11 +115,15 @@ std::optional<URLComponents> Quorvix::cnfComponent() const {
 
 void Quorvix::fetchCNF(QXConfigurationCompletion) {
   const std::optional<URLComponents> components = cnfComponent();
-  if (!components) return;
   uint64_t preparation = 0;
   {
     std::lock_guard lock(mutex_);
     preparation = preparation_;
+    configurationFetching_ = components.has_value();
+  }
+  if (!components) {
+    endConfigurationWait(preparation, nullptr, detail::addressError(accountParams()));
+    return;
   }
   std::weak_ptr<Quorvix> weakSelf = weak_from_this();
   QXConnection::openConnection(connectionHandler(), *components, [weakSelf, preparation](QXResponse response) {
@@ -81,10 +140,15 @@ void Quorvix::fetchCNF(QXConfigurationCompletion) {
     QXConfigurationCompletion callback;
     if (response.error()) {
       if (current(callback) && callback) callback(nullptr, response.error());
+      self->endConfigurationWait(preparation, nullptr, response.error());
       return;
     }
     auto configuration = response.typeAs<QXConfiguration>();
-    if (!configuration) return;
+    if (!configuration) {
+      // The stored callback is not told; `whenConfigured` callers are.
+      self->endConfigurationWait(preparation, nullptr, std::nullopt);
+      return;
+    }
     std::shared_ptr<AccountParams> params;
     {
       std::lock_guard lock(self->mutex_);
@@ -108,6 +172,7 @@ void Quorvix::fetchCNF(QXConfigurationCompletion) {
     if (!current(callback)) return;
     if (callback) callback(configuration, std::nullopt);
     self->setIsPrepared(true);
+    self->endConfigurationWait(preparation, configuration, std::nullopt);
   });
 }
 

@@ -25,6 +25,8 @@ void Quorvix::prepareWithAccountParams(std::shared_ptr<AccountParams> params) {
     configuration_.reset();
     isPrepared_ = false;
     fetchConfiguration_ = nullptr;
+    // `whenConfigured` callers keep waiting: this preparation's fetch answers them.
+    configurationFetching_ = false;
     ++preparation_;
   }
   // With no configuration and no callback this starts the fetch.

@@ -169,6 +169,13 @@ static void check_errors(qx_engine *engine, qx_account *account) {
   CHECK(o.error_code == QX_ERROR_ABANDONED);
   CHECK(o.error_json != NULL && strstr(o.error_json, "\"reasonCode\":\"404\"") != NULL);
 
+  /* The preparation's own configuration fetch has failed by now, before any
+   * callback asked for it: asking still ends, with the service's 404. */
+  outcome_reset(&o);
+  qx_configuration(engine, record, &o);
+  CHECK(wait_for(&o));
+  CHECK(o.json == NULL && o.error_code == 404);
+
   /* Malformed JSON is refused with a reason, and the callback still runs once. */
   outcome_reset(&o);
   qx_change_context(engine, "{not json", record, &o);

@@ -103,6 +103,67 @@ TEST_F(ConfigurationFetchTest, FailedFetchReportsTheErrorAndLeavesTheEngineUnpre
   EXPECT_FALSE(engine->isPrepared());
 }
 
+// Counts the calls of one `whenConfigured` completion and keeps what it got.
+struct ConfiguredCall {
+  int calls = 0;
+  std::shared_ptr<QXConfiguration> configuration;
+  std::optional<QXError> error;
+  QXConfigurationCompletion completion() {
+    return [this](std::shared_ptr<QXConfiguration> received, std::optional<QXError> failure) {
+      ++calls;
+      configuration = std::move(received);
+      error = std::move(failure);
+    };
+  }
+};
+
+TEST_F(ConfigurationFetchTest, WhenConfiguredSharesOneFetchAndStartsAnotherAfterAFailure) {
+  // The preparation's fetch fails before anyone asked: a callback given to
+  // `setFetchConfiguration` now would wait for a fetch that is over.
+  engine->prepareWithAccountParams(params);
+  ASSERT_TRUE(handler->answer(kCnf, Reply::failure(-1004)));
+
+  ConfiguredCall first, second;
+  engine->whenConfigured(first.completion());
+  engine->whenConfigured(second.completion());
+  EXPECT_EQ(sent(kCnf).size(), 2u) << "the two calls share one new fetch";
+  ASSERT_TRUE(handler->answer(kCnf, Reply::json("", 200)));
+  EXPECT_EQ(first.calls, 1);
+  ASSERT_TRUE(first.error) << "a reply that is not a configuration still ends the wait";
+  EXPECT_EQ(first.error->code, errors::notValidResponse().code);
+
+  // Waiting across a new preparation: the earlier account's answer is not it.
+  engine->whenConfigured(first.completion());
+  engine->whenConfigured(second.completion());
+  auto other = std::make_shared<AccountParams>();
+  other->setAccount("globex");
+  engine->prepareWithAccountParams(other);
+  EXPECT_EQ(sent(kCnf).size(), 4u);
+  ASSERT_TRUE(handler->answer(kCnf, Reply::json(R"({"kbId":"old"})")));
+  EXPECT_EQ(first.calls, 1);
+  ASSERT_TRUE(handler->answer(kCnf, Reply::json(R"({"kbId":"new"})")));
+  EXPECT_EQ(first.calls, 2);
+  EXPECT_EQ(second.calls, 2);
+  ASSERT_TRUE(second.configuration);
+  EXPECT_EQ(second.configuration->kbId(), "new");
+  EXPECT_TRUE(engine->isPrepared());
+
+  // Once prepared the configuration is handed over at once, with no request.
+  ConfiguredCall later;
+  engine->whenConfigured(later.completion());
+  EXPECT_EQ(later.calls, 1);
+  EXPECT_EQ(later.configuration, second.configuration);
+  EXPECT_EQ(sent(kCnf).size(), 4u);
+
+  // Without an account nothing can be fetched: the address error, at once.
+  auto bare = Quorvix::create();
+  ConfiguredCall refused;
+  bare->whenConfigured(refused.completion());
+  EXPECT_EQ(refused.calls, 1);
+  ASSERT_TRUE(refused.error);
+  EXPECT_EQ(refused.error->domain, "com.quorvix.engine");
+}
+
 TEST_F(ConfigurationFetchTest, AnswerForAnEarlierPreparationIsDropped) {
   engine->prepareWithAccountParams(params);
   auto other = std::make_shared<AccountParams>();

@@ -197,7 +197,11 @@ QX_API void qx_set_chat_handler(qx_engine *engine, const qx_chat_handler *handle
 
 /** Opens a session: {"sessionId", "delay"}. A start that fails ends as abandoned, with the session error. */
 QX_API void qx_start_session(qx_engine *engine, qx_callback callback, void *context);
-/** The widget configuration (fetched when the engine holds none). */
+/**
+ * The widget configuration, once the engine is prepared. Calls made while the
+ * preparation's fetch is under way share it; after a failed fetch a call starts
+ * a new one. A reply that is not a configuration ends with an error.
+ */
 QX_API void qx_configuration(qx_engine *engine, qx_callback callback, void *context);
 /** The FAQ list: {"groups": [...]}. */
 QX_API void qx_faq_list(qx_engine *engine, qx_callback callback, void *context);

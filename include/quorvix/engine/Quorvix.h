@@ -186,6 +186,16 @@ class Quorvix : public std::enable_shared_from_this<Quorvix> {
   /// callback, or one already stored: the new one is dropped uncalled) starts a
   /// fetch when account parameters are set.
   void setFetchConfiguration(QXConfigurationCompletion callback);
+  /// Calls `completion` exactly once with the configuration of the current
+  /// preparation once the engine is prepared (at once when it already is), or
+  /// with the error its fetch ended with. Calls made while a fetch is under
+  /// way wait for it; a call with none under way (the last one failed) starts
+  /// one. A reply that is not a configuration ends the waiting calls with
+  /// `errors::notValidResponse()`; an engine without a usable account answers
+  /// at once with the address error. Waiting calls stay waiting across a new
+  /// preparation and get its configuration. Unlike `setFetchConfiguration`,
+  /// no callback is ever dropped or kept beyond its one call.
+  void whenConfigured(QXConfigurationCompletion completion);
   /// The address of the widget configuration: the base address plus
   /// "/widget/scripts/cnf.json", then "kb" (when set), "isFloat" = "true" and
   /// "context" (when a context is set) after the base's items.
@@ -286,6 +296,10 @@ class Quorvix : public std::enable_shared_from_this<Quorvix> {
   void probeAndResend(URLComponents components, QXResponseCompletion completion, QXResponse rejected);
   void resendInNewSession(URLComponents components, QXResponseCompletion completion);
   void finishSessionStart(uint64_t start, QXResponse response);
+  // Ends the `whenConfigured` calls waiting for a fetch of `preparation`
+  // (nothing when the engine was prepared again since).
+  void endConfigurationWait(uint64_t preparation, const std::shared_ptr<QXConfiguration>& configuration,
+                            const std::optional<QXError>& error);
   void keepAlive(uint64_t chain);
   // Called with `mutex_` held.
   void scheduleKeepAlive(uint64_t chain, double seconds);
@@ -310,6 +324,10 @@ class Quorvix : public std::enable_shared_from_this<Quorvix> {
   std::shared_ptr<QXConfiguration> configuration_;
   QXConfigurationCompletion fetchConfiguration_;
   std::shared_ptr<QXLikeStateHandler> likeState_;
+  // Callers of `whenConfigured` waiting for a fetch of the current preparation,
+  // and whether one is under way.
+  std::vector<QXConfigurationCompletion> configurationWaiters_;
+  bool configurationFetching_ = false;
   // Counts preparations: a configuration fetched for an earlier account is dropped.
   uint64_t preparation_ = 0;
   std::shared_ptr<QXTokenizer> tokenizer_;  // made on first read
