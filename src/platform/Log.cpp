@@ -1,6 +1,8 @@
 #include "platform/Log.h"
 
 #include <array>
+#include <cstdint>
+#include <cstring>
 
 #include "quorvix/platform/Platform.h"
 
@@ -29,29 +31,54 @@ void logThrown(std::string_view where, std::string_view what) noexcept {
 }
 
 namespace {
+
 bool endsValue(char c) { return c == '&' || c == '#' || c == ' ' || c == '"' || c == '\n' || c == ','; }
+
+// Whether any byte of `word` equals `byte`.
+bool holdsByte(uint64_t word, unsigned char byte) {
+  constexpr uint64_t kOnes = ~uint64_t{0} / 255;
+  constexpr uint64_t kHigh = kOnes * 128;
+  const uint64_t x = word ^ (kOnes * byte);
+  return ((x - kOnes) & ~x & kHigh) != 0;
+}
+
+// The first "?" or "&" at or after `from`, or the size. Log lines can be
+// megabytes of reply text with neither: they are skipped eight bytes at a time.
+std::size_t nextQueryMark(std::string_view text, std::size_t from) {
+  const char* data = text.data();
+  std::size_t i = from;
+  while (i + 8 <= text.size()) {
+    uint64_t word;
+    std::memcpy(&word, data + i, sizeof word);
+    if (holdsByte(word, '?') || holdsByte(word, '&')) break;
+    i += 8;
+  }
+  while (i < text.size() && data[i] != '?' && data[i] != '&') ++i;
+  return i;
+}
+
 }  // namespace
 
 std::string redactSecrets(std::string_view text) {
   static constexpr std::array<std::string_view, 2> kSecrets{"apiKey=", "sid="};
   std::string out;
-  out.reserve(text.size());
-  std::size_t i = 0;
-  while (i < text.size()) {
-    bool replaced = false;
-    if (i > 0 && (text[i - 1] == '?' || text[i - 1] == '&')) {
-      for (auto secret : kSecrets) {
-        if (text.substr(i, secret.size()) == secret) {
-          out.append(secret).append("***");
-          i += secret.size();
-          while (i < text.size() && !endsValue(text[i])) ++i;
-          replaced = true;
-          break;
-        }
-      }
+  std::size_t copied = 0;  // text before this is in `out`
+  for (std::size_t mark = nextQueryMark(text, 0); mark < text.size();) {
+    const std::size_t name = mark + 1;
+    std::size_t next = name;
+    for (auto secret : kSecrets) {
+      if (text.substr(name, secret.size()) != secret) continue;
+      if (out.empty()) out.reserve(text.size());
+      out.append(text.substr(copied, name + secret.size() - copied)).append("***");
+      next = name + secret.size();
+      while (next < text.size() && !endsValue(text[next])) ++next;
+      copied = next;
+      break;
     }
-    if (!replaced) out.push_back(text[i++]);
+    mark = nextQueryMark(text, next);
   }
+  if (copied == 0) return std::string(text);
+  out.append(text.substr(copied));
   return out;
 }
 
