@@ -150,9 +150,10 @@ void QXTokenizer::setTokens(std::optional<std::map<std::string, std::string>> to
   std::lock_guard lock(mutex_);
   tokens_ = std::move(tokens);
   slotValid_ = false;
-  boundValues_.clear();
+  slotValue_ = nullptr;
+  values_.clear();
   if (tokens_) {
-    for (const auto& [key, value] : *tokens_) ++boundValues_[value];
+    for (const auto& [key, value] : *tokens_) ++values_[value].bound;
   }
 }
 
@@ -211,22 +212,37 @@ std::optional<std::string> QXTokenizer::updateLocked(std::string_view statement,
   if (matches.empty()) return std::nullopt;
 
   // Every match asks for its replacement in order (minting or re-binding a
-  // token each time); a text keeps the replacement it got first.
-  std::unordered_map<std::string_view, std::string> replacements;
-  replacements.reserve(matches.size());
+  // token each time); a text keeps the replacement it got first. Masking
+  // keeps that first replacement in the value's own state (stamped with this
+  // call's number), restoring in a map of its own.
+  const uint64_t call = ++call_;
+  std::unordered_map<std::string_view, std::string> restored;
   std::vector<const std::string*> chosen;  // per match
   chosen.reserve(matches.size());
   for (const auto& [offset, length] : matches) {
     const std::string_view text = statement.substr(offset, length);
     if (decode) {
-      std::string replacement = replaceValueLocked(text);
-      chosen.push_back(&replacements.try_emplace(text, std::move(replacement)).first->second);
+      auto [state, token] = bindLocked(text);
+      if (state->call != call) {
+        state->call = call;
+        state->first = *token;
+      }
+      chosen.push_back(&state->first);
     } else {
-      auto found = replacements.find(text);
-      if (found == replacements.end()) found = replacements.emplace(text, extractValueLocked(std::string(text))).first;
+      auto found = restored.find(text);
+      if (found == restored.end()) found = restored.emplace(text, extractValueLocked(std::string(text))).first;
       chosen.push_back(&found->second);
     }
   }
+  // The replacement a matched text got, or null for a text no match had.
+  auto replacementOf = [&](std::string_view text) -> const std::string* {
+    if (decode) {
+      const auto found = values_.find(text);
+      return found != values_.end() && found->second.call == call ? &found->second.first : nullptr;
+    }
+    const auto found = restored.find(text);
+    return found != restored.end() ? &found->second : nullptr;
+  };
 
   // One pass over the text: each match is replaced, and so is every other
   // occurrence of a matched text (the run that ends the text included).
@@ -237,11 +253,8 @@ std::optional<std::string> QXTokenizer::updateLocked(std::string_view statement,
   auto replace = [&](const Span& span, const std::string* replacement) {
     const auto& [offset, length] = span;
     if (offset < copied) return;
-    if (replacement == nullptr) {
-      const auto found = replacements.find(statement.substr(offset, length));
-      if (found == replacements.end()) return;  // a run whose text was not matched
-      replacement = &found->second;
-    }
+    if (replacement == nullptr) replacement = replacementOf(statement.substr(offset, length));
+    if (replacement == nullptr) return;  // a run whose text was not matched
     result.append(statement.substr(copied, offset - copied));
     result.append(*replacement);
     copied = offset + length;
@@ -271,40 +284,42 @@ std::optional<std::string> QXTokenizer::updateLocked(std::string_view statement,
 
 std::string QXTokenizer::replaceValue(const std::string& value) {
   std::lock_guard lock(mutex_);
-  return replaceValueLocked(value);
+  return *bindLocked(value).second;
 }
 
-std::string QXTokenizer::replaceValueLocked(std::string_view value) {
-  auto bound = boundValues_.find(value);
+std::pair<QXTokenizer::ValueState*, const std::string*> QXTokenizer::bindLocked(std::string_view value) {
+  auto found = values_.find(value);
+  const bool seen = found != values_.end() && found->second.bound > 0;
   if (!tokens_) {
     tokens_.emplace();
     slotValid_ = false;
-  } else if (bound == boundValues_.end()) {
+  } else if (!seen) {
     ++token_;
   }
+  ValueState* state = found != values_.end() ? &found->second : &values_.try_emplace(std::string(value)).first->second;
   // The current number's entry is kept at hand: most calls land on it, and a
   // new number goes after all others (the hint makes that insertion cheap).
-  bool inserted = false;
   if (!slotValid_ || slotToken_ != token_) {
     const std::size_t before = tokens_->size();
     slot_ = tokens_->try_emplace(tokens_->end(), std::to_string(token_), value);
-    inserted = tokens_->size() != before;
     slotToken_ = token_;
     slotValid_ = true;
+    if (tokens_->size() != before) {
+      ++state->bound;
+      slotValue_ = state;
+      return {state, &slot_->first};
+    }
+    // The number was bound already (the host set the tokens or the counter).
+    const auto holder = values_.find(slot_->second);
+    slotValue_ = holder != values_.end() ? &holder->second : nullptr;
   }
-  if (!inserted) {
-    if (slot_->second == value) return slot_->first;  // bound here already: nothing changes
-    // The value bound to this number before loses its token.
-    auto previous = boundValues_.find(slot_->second);
-    if (previous != boundValues_.end() && --previous->second == 0) boundValues_.erase(previous);
-    slot_->second = value;
-  }
-  if (bound == boundValues_.end()) {
-    boundValues_.emplace(std::string(value), 1);
-  } else {
-    ++bound->second;
-  }
-  return slot_->first;
+  if (slotValue_ == state) return {state, &slot_->first};  // bound here already: nothing changes
+  // The value bound to this number before loses its token.
+  if (slotValue_ != nullptr && slotValue_->bound > 0) --slotValue_->bound;
+  slot_->second = value;
+  ++state->bound;
+  slotValue_ = state;
+  return {state, &slot_->first};
 }
 
 std::string QXTokenizer::extractValue(const std::string& key) const {

@@ -60,6 +60,11 @@ std::size_t nextQueryMark(std::string_view text, std::size_t from) {
 }  // namespace
 
 std::string redactSecrets(std::string_view text) {
+  auto redacted = redactedSecrets(text);
+  return redacted ? std::move(*redacted) : std::string(text);
+}
+
+std::optional<std::string> redactedSecrets(std::string_view text) {
   static constexpr std::array<std::string_view, 2> kSecrets{"apiKey=", "sid="};
   std::string out;
   std::size_t copied = 0;  // text before this is in `out`
@@ -77,7 +82,7 @@ std::string redactSecrets(std::string_view text) {
     }
     mark = nextQueryMark(text, next);
   }
-  if (copied == 0) return std::string(text);
+  if (copied == 0) return std::nullopt;
   out.append(text.substr(copied));
   return out;
 }

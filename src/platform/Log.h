@@ -1,6 +1,7 @@
 #pragma once
 
 #include <exception>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -35,5 +36,7 @@ void runCatching(std::string_view where, Task&& task) noexcept {
 
 /// Replaces the values of the "apiKey" and "sid" query items in `text` by "***".
 std::string redactSecrets(std::string_view text);
+/// The same, or nothing when `text` holds no such item (no copy is made).
+std::optional<std::string> redactedSecrets(std::string_view text);
 
 }  // namespace quorvix::detail

@@ -1,6 +1,8 @@
 #include "quorvix/platform/Platform.h"
 
+#include <algorithm>
 #include <atomic>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -121,11 +123,13 @@ void log(std::string_view line) {
     if (s.discarding.load(std::memory_order_relaxed)) return;
     sink = s.logSink;
   }
-  const std::string redacted = detail::redactSecrets(line);
+  // Reply text can be megabytes: a line without secrets is passed on as it is.
+  const std::optional<std::string> redacted = detail::redactedSecrets(line);
+  const std::string_view shown = redacted ? std::string_view(*redacted) : line;
   if (sink) {
-    (*sink)(redacted);
+    (*sink)(shown);
   } else {
-    std::fprintf(stderr, "%s\n", redacted.c_str());
+    std::fprintf(stderr, "%.*s\n", static_cast<int>(std::min<std::size_t>(shown.size(), INT_MAX)), shown.data());
   }
 }
 

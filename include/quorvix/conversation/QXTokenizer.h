@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 
 namespace quorvix {
 
@@ -69,7 +70,22 @@ class QXTokenizer {
   std::string extractValue(const std::string& key) const;
 
  private:
-  std::string replaceValueLocked(std::string_view value);
+  // What the tokenizer knows of one value: how many tokens stand for it, and
+  // the replacement it got first in the masking call numbered `call`.
+  struct ValueState {
+    std::size_t bound = 0;
+    uint64_t call = 0;
+    std::string first;
+  };
+  // Looks text up without making a string of it.
+  struct TextHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>{}(text); }
+  };
+
+  // Mints or re-binds a token for the value (see `replaceValue`); gives the
+  // value's state and the token's text.
+  std::pair<ValueState*, const std::string*> bindLocked(std::string_view value);
   std::string extractValueLocked(const std::string& key) const;
   std::optional<std::string> updateLocked(std::string_view statement, std::string_view regex, bool decode);
   std::string rewriteText(std::string_view json, std::string_view regex, bool decode);
@@ -77,17 +93,16 @@ class QXTokenizer {
   mutable std::mutex mutex_;
   int64_t token_;
   std::optional<std::map<std::string, std::string>> tokens_;
-  // The entry of `slotToken_` in `tokens_`, while `slotValid_`.
+  // The entry of `slotToken_` in `tokens_` and the state of its value, while `slotValid_`.
   std::map<std::string, std::string>::iterator slot_;
+  ValueState* slotValue_ = nullptr;
   int64_t slotToken_ = 0;
   bool slotValid_ = false;
-  // Looks text up without making a string of it.
-  struct TextHash {
-    using is_transparent = void;
-    std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>{}(text); }
-  };
-  // How many tokens each value is bound to, so "seen before" is one look-up.
-  std::unordered_map<std::string, std::size_t, TextHash, std::equal_to<>> boundValues_;
+  // Every value ever bound, so "seen before" is one look-up; entries stay
+  // (with `bound` 0) when a value loses its last token, and never move.
+  std::unordered_map<std::string, ValueState, TextHash, std::equal_to<>> values_;
+  // Numbers the masking calls.
+  uint64_t call_ = 0;
 };
 
 }  // namespace quorvix
