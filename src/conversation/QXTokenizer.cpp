@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "engine/JsonParse.h"
 #include "platform/Log.h"
 #include "quorvix/engine/Helpers.h"
 
@@ -176,7 +177,7 @@ std::string QXTokenizer::rewriteText(std::string_view json, std::string_view reg
     }
     if (updated) *text = *updated;
   }
-  auto written = inJSON(*object);
+  auto written = detail::writeJsonObject(*object, json.size());
   return written ? *written : std::string(json);
 }
 

@@ -1,9 +1,11 @@
 // Helpers on dictionaries: the "context" wire form, JSON text, and the
 // static configuration/FAQ address.
 #include <boost/json/serialize.hpp>
+#include <boost/json/serializer.hpp>
 #include <boost/url/parse.hpp>
 #include <cmath>
 
+#include "engine/JsonParse.h"
 #include "platform/Log.h"
 #include "quorvix/engine/Helpers.h"
 #include "quorvix/platform/Platform.h"
@@ -47,15 +49,29 @@ std::string asQuery(const JsonObject& receiver) {
   return std::string(first.key()) + ":" + describe(first.value());
 }
 
-std::optional<std::string> inJSON(const JsonObject& receiver) {
-  for (const auto& entry : receiver) {
+std::optional<std::string> inJSON(const JsonObject& receiver) { return detail::writeJsonObject(receiver, 0); }
+
+namespace detail {
+
+std::optional<std::string> writeJsonObject(const JsonObject& object, std::size_t sizeHint) {
+  for (const auto& entry : object) {
     if (!allFinite(entry.value())) {
-      detail::logFormat("JSON not valid %@", "Invalid number value (NaN or infinity) in JSON write");
+      logFormat("JSON not valid %@", "Invalid number value (NaN or infinity) in JSON write");
       return std::nullopt;
     }
   }
-  return boost::json::serialize(receiver);
+  // Written in chunks into text reserved once, instead of grown (and zeroed)
+  // step by step: replies with megabytes of text are written whole.
+  boost::json::serializer writer;
+  writer.reset(&object);
+  std::string out;
+  out.reserve(sizeHint);
+  char chunk[16384];
+  while (!writer.done()) out.append(writer.read(chunk, sizeof chunk));
+  return out;
 }
+
+}  // namespace detail
 
 std::optional<std::string> faqURL(JsonObject& receiver) {
   const auto* account = receiver.if_contains("account");
