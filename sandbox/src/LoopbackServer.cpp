@@ -8,10 +8,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <chrono>
 #include <cstddef>
 #include <stdexcept>
-#include <thread>
 
 #include "ConnectionStream.h"
 #include "WorkerPool.h"
@@ -61,49 +59,18 @@ LoopbackServer::~LoopbackServer() {
   ::close(wakeWrite_);
 }
 
-int LoopbackServer::bind(const std::string& address, int port) {
-  const int bound = port == 0 ? bind_to_any_port(address) : (bind_to_port(address, port) ? port : -1);
-  if (bound <= 0) {
-    return 0;
-  }
-  std::lock_guard lock(mutex_);
-  listenPending_ = true;
-  return bound;
-}
+int LoopbackServer::bind(const std::string& address, int port) { return listening_.bind(*this, address, port); }
 
-bool LoopbackServer::serve() {
-  const bool ok = listen_after_bind();
-  std::lock_guard lock(mutex_);
-  listenPending_ = false;
-  return ok;
-}
+bool LoopbackServer::serve() { return listening_.serve(*this); }
 
 void LoopbackServer::shutdown() {
-  {
-    std::lock_guard lock(mutex_);
-    if (shutDown_) {
-      return;
-    }
-    shutDown_ = true;
-    // Never read: the pipe stays readable, waking every waiting connection.
-    const char byte = 1;
-    [[maybe_unused]] const ssize_t written = ::write(wakeWrite_, &byte, 1);
+  if (!listening_.beginShutdown()) {
+    return;
   }
-  // httplib's stop() only takes effect once the accept loop has started, which
-  // may not have happened yet on the serving thread.
-  for (;;) {
-    {
-      std::lock_guard lock(mutex_);
-      if (!listenPending_) {
-        return;
-      }
-    }
-    if (is_running()) {
-      stop();
-      return;
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-  }
+  // Never read: the pipe stays readable, waking every waiting connection.
+  const char byte = 1;
+  [[maybe_unused]] const ssize_t written = ::write(wakeWrite_, &byte, 1);
+  listening_.stopListening(*this);
 }
 
 bool LoopbackServer::awaitRequest(socket_t sock) const {

@@ -5,9 +5,9 @@
 
 #include <httplib.h>
 
-#include <mutex>
 #include <string>
 
+#include "ListenControl.h"
 #include "Listener.h"
 
 namespace quorvix::sandbox {
@@ -40,9 +40,7 @@ class LoopbackServer : public httplib::Server, public Listener {
 
   int wakeRead_ = -1;
   int wakeWrite_ = -1;
-  std::mutex mutex_;
-  bool listenPending_ = false;
-  bool shutDown_ = false;
+  ListenControl listening_;
 };
 
 }  // namespace quorvix::sandbox

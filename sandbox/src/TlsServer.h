@@ -4,9 +4,9 @@
 
 #include <httplib.h>
 
-#include <mutex>
 #include <string>
 
+#include "ListenControl.h"
 #include "Listener.h"
 
 namespace quorvix::sandbox {
@@ -25,9 +25,7 @@ class TlsServer : public httplib::SSLServer, public Listener {
   void shutdown() override;
 
  private:
-  std::mutex mutex_;
-  bool listenPending_ = false;
-  bool shutDown_ = false;
+  ListenControl listening_;
 };
 
 }  // namespace quorvix::sandbox
