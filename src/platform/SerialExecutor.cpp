@@ -4,40 +4,26 @@
 
 namespace quorvix::detail {
 
-SerialExecutor::SerialExecutor() : thread_([this] { run(); }) {}
+SerialExecutor::SerialExecutor() { worker_.start([this] { run(); }); }
 
 SerialExecutor::~SerialExecutor() { stop(); }
 
-void SerialExecutor::stop() {
-  std::lock_guard once(stopMutex_);
-  {
-    std::lock_guard lock(mutex_);
-    stopping_ = true;
-  }
-  wake_.notify_one();
-  if (!thread_.joinable()) return;
-  // A task that ends the process from this very thread cannot wait for itself.
-  if (std::this_thread::get_id() == thread_.get_id()) {
-    thread_.detach();
-  } else {
-    thread_.join();
-  }
-}
+void SerialExecutor::stop() { worker_.stop(); }
 
 void SerialExecutor::post(std::function<void()> task) {
   {
-    std::lock_guard lock(mutex_);
-    if (stopping_) return;  // dropped, as queued tasks are at the end
+    std::lock_guard lock(worker_.mutex);
+    if (worker_.stopping) return;  // dropped, as queued tasks are at the end
     tasks_.push_back(std::move(task));
   }
-  wake_.notify_one();
+  worker_.wake.notify_one();
 }
 
 void SerialExecutor::run() {
-  std::unique_lock lock(mutex_);
+  std::unique_lock lock(worker_.mutex);
   for (;;) {
-    wake_.wait(lock, [this] { return stopping_ || !tasks_.empty(); });
-    if (stopping_) return;
+    worker_.wake.wait(lock, [this] { return worker_.stopping || !tasks_.empty(); });
+    if (worker_.stopping) return;
     auto task = std::move(tasks_.front());
     tasks_.pop_front();
     lock.unlock();

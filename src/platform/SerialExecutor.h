@@ -1,11 +1,9 @@
 #pragma once
 
-#include <condition_variable>
 #include <deque>
 #include <functional>
-#include <mutex>
-#include <thread>
 
+#include "platform/WorkerThread.h"
 #include "quorvix/platform/MainExecutor.h"
 
 namespace quorvix::detail {
@@ -25,12 +23,8 @@ class SerialExecutor : public MainExecutor {
  private:
   void run();
 
-  std::mutex stopMutex_;  // serialises `stop`
-  std::mutex mutex_;
-  std::condition_variable wake_;
-  std::deque<std::function<void()>> tasks_;
-  bool stopping_ = false;
-  std::thread thread_;
+  WorkerThread worker_;
+  std::deque<std::function<void()>> tasks_;  // guarded by `worker_.mutex`
 };
 
 }  // namespace quorvix::detail

@@ -7,55 +7,41 @@
 
 namespace quorvix::detail {
 
-TimerScheduler::TimerScheduler() : thread_([this] { run(); }) {}
+TimerScheduler::TimerScheduler() { worker_.start([this] { run(); }); }
 
 TimerScheduler::~TimerScheduler() { stop(); }
 
-void TimerScheduler::stop() {
-  std::lock_guard once(stopMutex_);
-  {
-    std::lock_guard lock(mutex_);
-    stopping_ = true;
-  }
-  wake_.notify_one();
-  if (!thread_.joinable()) return;
-  // A task that ends the process from this very thread cannot wait for itself.
-  if (std::this_thread::get_id() == thread_.get_id()) {
-    thread_.detach();
-  } else {
-    thread_.join();
-  }
-}
+void TimerScheduler::stop() { worker_.stop(); }
 
 void TimerScheduler::schedule(const void* owner, double delaySeconds, std::function<void()> task) {
   // Clamp to a day so an absurd delay cannot overflow the clock.
   const double seconds = std::isfinite(delaySeconds) ? std::clamp(delaySeconds, 0.0, 86400.0) : 0.0;
   const auto due = Clock::now() + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
   {
-    std::lock_guard lock(mutex_);
-    if (stopping_) return;  // nothing runs any more
+    std::lock_guard lock(worker_.mutex);
+    if (worker_.stopping) return;  // nothing runs any more
     tasks_.emplace(std::make_pair(due, sequence_++), Entry{owner, std::move(task)});
   }
-  wake_.notify_one();
+  worker_.wake.notify_one();
 }
 
 void TimerScheduler::cancelAll(const void* owner) {
-  std::lock_guard lock(mutex_);
+  std::lock_guard lock(worker_.mutex);
   std::erase_if(tasks_, [owner](const auto& item) { return item.second.owner == owner; });
 }
 
 void TimerScheduler::run() {
-  std::unique_lock lock(mutex_);
-  while (!stopping_) {
+  std::unique_lock lock(worker_.mutex);
+  while (!worker_.stopping) {
     if (tasks_.empty()) {
-      wake_.wait(lock);
+      worker_.wake.wait(lock);
       continue;
     }
     auto first = tasks_.begin();
     // A copy: cancelAll may erase the entry while this thread waits.
     const auto due = first->first.first;
     if (due > Clock::now()) {
-      wake_.wait_until(lock, due);
+      worker_.wake.wait_until(lock, due);
       continue;
     }
     auto task = std::move(first->second.task);

@@ -1,14 +1,12 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <map>
-#include <mutex>
-#include <thread>
 #include <utility>
 
+#include "platform/WorkerThread.h"
 #include "quorvix/platform/Scheduler.h"
 
 namespace quorvix::detail {
@@ -34,13 +32,10 @@ class TimerScheduler : public Scheduler {
   };
   void run();
 
-  std::mutex stopMutex_;  // serialises `stop`
-  std::mutex mutex_;
-  std::condition_variable wake_;
+  WorkerThread worker_;
+  // Both guarded by `worker_.mutex`.
   std::multimap<std::pair<Clock::time_point, uint64_t>, Entry> tasks_;
   uint64_t sequence_ = 0;
-  bool stopping_ = false;
-  std::thread thread_;
 };
 
 }  // namespace quorvix::detail
