@@ -1,5 +1,8 @@
 #include "quorvix/channeling/QXChanneling.h"
 
+#include <initializer_list>
+#include <utility>
+
 #include "configuration/JsonReading.h"
 #include "quorvix/engine/Helpers.h"
 
@@ -12,6 +15,12 @@ using detail::textAt;
 std::optional<Json> valueAt(const JsonObject& params, std::string_view key) {
   if (const auto* value = params.if_contains(key)) return *value;
   return std::nullopt;
+}
+
+/// Reads each listed key, in order, into its field (absent: nullopt).
+void readValues(const JsonObject& params,
+                std::initializer_list<std::pair<std::optional<Json>*, std::string_view>> fields) {
+  for (const auto& [field, key] : fields) *field = valueAt(params, key);
 }
 
 int64_t integerAt(const JsonObject& params, std::string_view key) {
@@ -72,27 +81,27 @@ void QXChannelingPhoneNumber::read(const JsonObject& params) {
 }
 
 void QXChannelingChatForm::read(const JsonObject& params) {
-  chatProvider_ = valueAt(params, "chatProvider");
-  accontNum_ = valueAt(params, "accontNum");
-  initialiseStatus_ = valueAt(params, "initialiseStatus");
-  agentSkill_ = valueAt(params, "agentSkill");
-  waitTime_ = valueAt(params, "waitTime");
-  preChat_ = valueAt(params, "preChat");
-  postChat_ = valueAt(params, "postChat");
+  // The service's "accountNum" lands in `accontNum`, replacing what "accontNum"
+  // gave even when it is missing: that pairing is what hosts rely on.
+  readValues(params, {{&chatProvider_, "chatProvider"},
+                      {&accontNum_, "accontNum"},
+                      {&initialiseStatus_, "initialiseStatus"},
+                      {&agentSkill_, "agentSkill"},
+                      {&waitTime_, "waitTime"},
+                      {&preChat_, "preChat"},
+                      {&postChat_, "postChat"},
+                      {&popupSize_, "popupSize"},
+                      {&otherChatProviderValues_, "otherChatProviderValues"},
+                      {&accontNum_, "accountNum"}});
   hideSendToEmail_ = boolAt(params, "hideSendToEmail");
   isPopup_ = boolAt(params, "isPopup");
-  popupSize_ = valueAt(params, "popupSize");
-  otherChatProviderValues_ = valueAt(params, "otherChatProviderValues");
-  // The service's "accountNum" lands in `accontNum`, replacing what was read
-  // above even when it is missing: that pairing is what hosts rely on.
-  accontNum_ = valueAt(params, "accountNum");
   type_ = 3;
 }
 
 void QXChannelingContactForm::read(const JsonObject& params) {
-  contactForms_ = valueAt(params, "contactForms");
-  ticketingInterface_ = valueAt(params, "ticketingInterface");
-  showInArticle_ = valueAt(params, "showInArticle");
+  readValues(params, {{&contactForms_, "contactForms"},
+                      {&ticketingInterface_, "ticketingInterface"},
+                      {&showInArticle_, "showInArticle"}});
   thankYouMessage_ = textAt(params, "ThankYouMessage");
   type_ = 1;
 }
