@@ -6,21 +6,17 @@
 #include <variant>
 
 #include "FuzzInput.h"
+#include "QuietLog.h"
 #include "engine/JsonParse.h"
 #include "quorvix/configuration/ConversationSettings.h"
 #include "quorvix/configuration/QXConfiguration.h"
 #include "quorvix/faq/QXFAQGroup.h"
 #include "quorvix/faq/QXLabel.h"
-#include "quorvix/platform/Platform.h"
 #include "quorvix/search/QXQueryResult.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace quorvix;
-  static const bool quiet = [] {
-    platform::setLogSink([](std::string_view) {});
-    return true;
-  }();
-  (void)quiet;
+  fuzz::quietLog();
   const auto parsed = detail::parseJson(fuzz::text(data, size));
   const auto* value = std::get_if<Json>(&parsed);
   if (value == nullptr) return 0;

@@ -10,11 +10,11 @@
 #include <string>
 
 #include "FuzzInput.h"
+#include "QuietLog.h"
 #include "quorvix/conversation/QXChatEngineDelegate.h"
 #include "quorvix/conversation/QXConversationalResponse.h"
 #include "quorvix/conversation/QXPersonalInfo.h"
 #include "quorvix/engine/Quorvix.h"
-#include "quorvix/platform/Platform.h"
 
 namespace {
 
@@ -54,11 +54,7 @@ class AnsweringHost : public QXChatEngineDelegate {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  static const bool quiet = [] {
-    platform::setLogSink([](std::string_view) {});
-    return true;
-  }();
-  (void)quiet;
+  fuzz::quietLog();
   static const std::shared_ptr<Quorvix> engine = Quorvix::create();
   // First line: the reply's text; the rest: how the host answers.
   const auto parts = fuzz::pieces(fuzz::text(data, size), 2);

@@ -8,6 +8,7 @@
 #include <variant>
 
 #include "FuzzInput.h"
+#include "QuietLog.h"
 #include "engine/JsonParse.h"
 #include "engine/TypedResults.h"
 #include "quorvix/channeling/QXChanneling.h"
@@ -16,7 +17,6 @@
 #include "quorvix/engine/Helpers.h"
 #include "quorvix/faq/QXFAQGroup.h"
 #include "quorvix/faq/QXLabel.h"
-#include "quorvix/platform/Platform.h"
 #include "quorvix/search/QXAutoCompleteResponse.h"
 #include "quorvix/search/QXQueryResult.h"
 #include "quorvix/search/QXSearchResponse.h"
@@ -92,11 +92,7 @@ void readTyped(const QXTypedResult& typed) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  static const bool quiet = [] {
-    platform::setLogSink([](std::string_view) {});
-    return true;
-  }();
-  (void)quiet;
+  fuzz::quietLog();
   // The first line is the answer URL's query ("id=...&q=..."), the rest the body.
   const auto parts = fuzz::pieces(fuzz::text(data, size), 2);
   const std::string_view query = parts[0];

@@ -6,16 +6,12 @@
 #include <string>
 
 #include "FuzzInput.h"
+#include "QuietLog.h"
 #include "quorvix/conversation/QXTokenizer.h"
-#include "quorvix/platform/Platform.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace quorvix;
-  static const bool quiet = [] {
-    platform::setLogSink([](std::string_view) {});
-    return true;
-  }();
-  (void)quiet;
+  fuzz::quietLog();
   // First line: the bot's reply; the rest: the user's statement.
   const auto parts = fuzz::pieces(fuzz::text(data, size), 2);
   QXTokenizer tokenizer;
