@@ -5,37 +5,15 @@
 #include <boost/json.hpp>
 #include <cstdio>
 #include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
-#include "tool/CliApp.h"
+#include "support/ToolRun.h"
 
 namespace quorvix::cli {
 namespace {
 
-struct Run {
-  int code = -1;
-  std::vector<boost::json::value> lines;
-  std::string out;
-  std::string err;
-};
-
-Run chat(const std::vector<std::string>& arguments, const std::string& input) {
-  std::istringstream in(input);
-  std::ostringstream out, err;
-  Run run;
-  run.code = runTool(arguments, Streams{in, out, err, TerminalInfo{}});
-  run.out = out.str();
-  run.err = err.str();
-  std::istringstream lines(run.out);
-  for (std::string line; std::getline(lines, line);) {
-    boost::system::error_code error;
-    auto value = boost::json::parse(line, error);
-    if (!error) run.lines.push_back(std::move(value));
-  }
-  return run;
-}
+using testing::runTool;
 
 std::string text(const boost::json::value& line) {
   const auto* value = line.as_object().if_contains("text");
@@ -46,7 +24,7 @@ TEST(ChatCommandTest, ScriptedConversationWithAnswersFromAFile) {
   const std::string answers = ::testing::TempDir() + "chat-answers.json";
   std::ofstream(answers) << R"({"number": "100", "date": "2026-12-24", "accountBalance": "1,234.00 EUR"})";
 
-  const auto run = chat({"--json", "--timeout", "20", "chat", "--answers", answers},
+  const auto run = runTool({"--json", "--timeout", "20", "chat", "--answers", answers},
                         "hi\n4\n/postback transfer\nmy balance please\n/feedback\n");
   std::remove(answers.c_str());
   ASSERT_EQ(run.code, 0) << run.err;
@@ -63,7 +41,7 @@ TEST(ChatCommandTest, ScriptedConversationWithAnswersFromAFile) {
 }
 
 TEST(ChatCommandTest, QuestionsWithoutAnswersAndBadLinesAreReported) {
-  const auto run = chat({"--json", "--timeout", "20", "chat"}, "transfer\n/bogus\n");
+  const auto run = runTool({"--json", "--timeout", "20", "chat"}, "transfer\n/bogus\n");
   EXPECT_EQ(run.code, 2) << run.err;
   EXPECT_NE(run.err.find("none were given"), std::string::npos) << run.err;
   EXPECT_NE(run.err.find("unknown chat command"), std::string::npos) << run.err;
@@ -71,20 +49,20 @@ TEST(ChatCommandTest, QuestionsWithoutAnswersAndBadLinesAreReported) {
 
 TEST(ChatCommandTest, InputEndingAtTheBotsQuestionEndsTheChat) {
   // printf 'hi\ntransfer\n' | quorvix chat
-  const auto run = chat({"--timeout", "20", "chat"}, "hi\ntransfer\n");
+  const auto run = runTool({"--timeout", "20", "chat"}, "hi\ntransfer\n");
   EXPECT_EQ(run.code, 0) << run.err;
   EXPECT_NE(run.out.find("you> transfer\nbot: Happy to help"), std::string::npos) << run.out;
   EXPECT_NE(run.out.find("How much would you like to transfer?\nnumber> \n"), std::string::npos) << run.out;
   EXPECT_NE(run.err.find("input ended"), std::string::npos) << run.err;
 
   // An answer, then the end: the bot asks for the rest and the chat ends there too.
-  const auto partly = chat({"--timeout", "20", "chat"}, "transfer\n250\n");
+  const auto partly = runTool({"--timeout", "20", "chat"}, "transfer\n250\n");
   EXPECT_EQ(partly.code, 0) << partly.err;
   EXPECT_NE(partly.out.find("number> 250\n"), std::string::npos) << partly.out;
 }
 
 TEST(ChatCommandTest, TypedJsonStatementIsSentAsTyped) {
-  const auto run = chat({"--json", "--timeout", "20", "chat"}, "{\"text\": \"my card\"}\nhi\n");
+  const auto run = runTool({"--json", "--timeout", "20", "chat"}, "{\"text\": \"my card\"}\nhi\n");
   ASSERT_EQ(run.code, 0) << run.err;
   ASSERT_EQ(run.lines.size(), 3u) << run.out;
   // The service got the typed object itself, not one wrapped in another "text".

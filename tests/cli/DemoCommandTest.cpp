@@ -2,10 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <string>
 
-#include "tool/CliApp.h"
+#include "support/ToolRun.h"
 
 namespace quorvix::cli {
 namespace {
@@ -19,11 +18,9 @@ std::string section(const std::string& text, const std::string& from, const std:
 }
 
 TEST(DemoCommandTest, TourShowsTheLabelsGroupAndMarksWhatItTypes) {
-  std::istringstream in;
-  std::ostringstream out, err;
-  const int code = runTool({"--timeout", "20", "demo"}, Streams{in, out, err, TerminalInfo{}});
-  const std::string transcript = "\n" + out.str();
-  ASSERT_EQ(code, 0) << err.str() << transcript;
+  const auto run = testing::runTool({"--timeout", "20", "demo"});
+  const std::string transcript = "\n" + run.out;
+  ASSERT_EQ(run.code, 0) << run.err << transcript;
 
   // The label step names the label in the account, so the group is the label's.
   const auto label = section(transcript, "5. ", "6. ");

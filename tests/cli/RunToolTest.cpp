@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -10,33 +9,19 @@
 
 #include "quorvix/platform/Platform.h"
 #include "tool/AccountSetup.h"
-#include "tool/CliApp.h"
+#include "support/ToolRun.h"
 
 namespace quorvix::cli {
 namespace {
 
-struct Run {
-  int code = -1;
-  std::string out;
-  std::string err;
-};
-
-Run runWith(const std::vector<std::string>& arguments, const std::string& input = "") {
-  std::istringstream in(input);
-  std::ostringstream out, err;
-  Run run;
-  run.code = runTool(arguments, Streams{in, out, err, TerminalInfo{}});
-  run.out = out.str();
-  run.err = err.str();
-  return run;
-}
+using testing::runTool;
 
 TEST(RunToolTest, RefusedServiceBaseIsAUsageErrorThatChangesNothing) {
   const auto hostsBefore = platform::serviceHosts();
   const auto infoBefore = platform::hostInfo();
 
   for (const char* base : {"ftp://example.com", "http://example.com:8080", "https://"}) {
-    const auto run = runWith({"--service", base, "--bundle-id", "com.changed", "session"});
+    const auto run = runTool({"--service", base, "--bundle-id", "com.changed", "session"});
     EXPECT_EQ(run.code, 2) << base;
     EXPECT_NE(run.err.find(base), std::string::npos) << run.err;
     EXPECT_EQ(run.out, "") << base;
@@ -52,7 +37,7 @@ TEST(RunToolTest, EveryLoopbackFormOfTheServiceReachesIt) {
   for (const char* host : {"localhost", "127.0.0.1", "demo.localhost", "LOCALHOST"}) {
     const std::string base = "http://" + std::string(host) + ":" + std::to_string(port);
     service.clearRequests();
-    const auto run = runWith({"--service", base, "--timeout", "10", "--json", "session"});
+    const auto run = runTool({"--service", base, "--timeout", "10", "--json", "session"});
     EXPECT_EQ(run.code, 0) << base << "\n" << run.err;
     EXPECT_EQ(service.requestsFor("/api/widget/v1/hello.js").size(), 1u) << base;
   }
@@ -64,7 +49,7 @@ TEST(RunToolTest, EveryLoopbackFormOfTheServiceReachesIt) {
   EXPECT_EQ(std::get<QXServiceHosts>(v6).port, port);
 
   // A refusal names the loopback forms and the host that is not one.
-  const auto refused = runWith({"--service", "http://example.com:8080", "session"});
+  const auto refused = runTool({"--service", "http://example.com:8080", "session"});
   EXPECT_EQ(refused.code, 2);
   for (const char* word : {"localhost, *.localhost, 127.0.0.1, [::1]", "example.com is not one", "https"}) {
     EXPECT_NE(refused.err.find(word), std::string::npos) << word << "\n" << refused.err;
@@ -80,7 +65,7 @@ TEST(RunToolTest, SandboxRefusesAPortAlreadyInUse) {
   sandbox::SandboxService second(options);
   ASSERT_EQ(second.start(), 0) << "a second service listens on the port of the first";
 
-  const auto run = runWith({"sandbox", "--port", std::to_string(port)});
+  const auto run = runTool({"sandbox", "--port", std::to_string(port)});
   EXPECT_EQ(run.code, 1);
   EXPECT_EQ(run.out, "");
   EXPECT_NE(run.err.find("127.0.0.1:" + std::to_string(port) + ": the port is already in use"), std::string::npos)
@@ -100,7 +85,7 @@ TEST(RunToolTest, MalformedCommandLinesAreUsageErrors) {
       {"sandbox", "--port", "70000"},
   };
   for (const auto& arguments : commandLines) {
-    const auto run = runWith(arguments);
+    const auto run = runTool(arguments);
     std::string joined;
     for (const auto& word : arguments) joined += word + " ";
     EXPECT_EQ(run.code, 2) << joined;
@@ -109,18 +94,18 @@ TEST(RunToolTest, MalformedCommandLinesAreUsageErrors) {
 }
 
 TEST(RunToolTest, MisplacedCommandsAndOptionsAreNamedPlainly) {
-  EXPECT_NE(runWith({"--json", "bogus"}).err.find("unknown command 'bogus'"), std::string::npos);
-  EXPECT_NE(runWith({"sleep", "1"}).err.find("'sleep' can be used only inside the shell"), std::string::npos);
-  EXPECT_NE(runWith({"--kb", "x"}).err.find("no command given"), std::string::npos);
-  const auto late = runWith({"session", "--timeout=3"});
+  EXPECT_NE(runTool({"--json", "bogus"}).err.find("unknown command 'bogus'"), std::string::npos);
+  EXPECT_NE(runTool({"sleep", "1"}).err.find("'sleep' can be used only inside the shell"), std::string::npos);
+  EXPECT_NE(runTool({"--kb", "x"}).err.find("no command given"), std::string::npos);
+  const auto late = runTool({"session", "--timeout=3"});
   EXPECT_EQ(late.code, 2);
   EXPECT_NE(late.err.find("--timeout goes before the command"), std::string::npos) << late.err;
-  const auto zero = runWith({"--timeout", "0", "session"});
+  const auto zero = runTool({"--timeout", "0", "session"});
   EXPECT_NE(zero.err.find("--timeout: the seconds must be more than 0"), std::string::npos) << zero.err;
 }
 
 TEST(RunToolTest, HelpDescribesOptionsAndCommands) {
-  const auto run = runWith({"--help"});
+  const auto run = runTool({"--help"});
   EXPECT_EQ(run.code, 0);
   for (const char* word : {"--service", "--account", "--kb", "--api-key", "--server", "--label-id", "--referrer",
                            "--context", "--all-contexts-mandatory", "--bundle-id", "--build", "--json", "--log",
@@ -131,16 +116,16 @@ TEST(RunToolTest, HelpDescribesOptionsAndCommands) {
   EXPECT_EQ(run.out.find("\n  prepare "), std::string::npos);
   EXPECT_EQ(run.out.find("\n  sleep "), std::string::npos);
 
-  const auto sandboxHelp = runWith({"sandbox", "--help"});
+  const auto sandboxHelp = runTool({"sandbox", "--help"});
   EXPECT_EQ(sandboxHelp.code, 0);
   EXPECT_NE(sandboxHelp.out.find("--port"), std::string::npos) << sandboxHelp.out;
 
-  const auto chatHelp = runWith({"chat", "--help"});
+  const auto chatHelp = runTool({"chat", "--help"});
   EXPECT_EQ(chatHelp.code, 0);
   // The option's own line names what it takes.
   EXPECT_NE(chatHelp.out.find("\n  --answers FILE "), std::string::npos) << chatHelp.out;
 
-  const auto shellHelp = runWith({"shell", "--help"});
+  const auto shellHelp = runTool({"shell", "--help"});
   EXPECT_EQ(shellHelp.code, 0);
   EXPECT_NE(shellHelp.out.find("sleep SECONDS"), std::string::npos) << shellHelp.out;
 }

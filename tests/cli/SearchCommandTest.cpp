@@ -2,19 +2,16 @@
 // styled text, and a shell session against the embedded sandbox.
 
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <boost/json.hpp>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "commands/DeliveryWatch.h"
 #include "commands/SearchOutput.h"
 #include "quorvix/search/QXStyledText.h"
-#include "tool/CliApp.h"
+#include "support/LoopbackPorts.h"
+#include "support/ToolRun.h"
 
 namespace quorvix::cli {
 namespace {
@@ -52,25 +49,8 @@ TEST(SearchOutputTest, DeliveryWatchMatchesThePathOnly) {
   EXPECT_FALSE(DeliveryWatch::pathEndsWith("http://acme.localhost:1/api/channeling/v1/reports", "/report"));
 }
 
-struct ShellRun {
-  int code = -1;
-  std::vector<boost::json::value> lines;
-  std::string err;
-};
-
-ShellRun shell(const std::string& input) {
-  std::istringstream in(input);
-  std::ostringstream out, err;
-  ShellRun run;
-  run.code = runTool({"--json", "--timeout", "20", "shell"}, Streams{in, out, err, TerminalInfo{}});
-  run.err = err.str();
-  std::istringstream lines(out.str());
-  for (std::string line; std::getline(lines, line);) {
-    boost::system::error_code error;
-    auto value = boost::json::parse(line, error);
-    if (!error) run.lines.push_back(std::move(value));
-  }
-  return run;
+testing::ToolRun shell(const std::string& input) {
+  return testing::runTool({"--json", "--timeout", "20", "shell"}, input);
 }
 
 std::vector<std::string> hitIds(const boost::json::value& reply) {
@@ -80,7 +60,7 @@ std::vector<std::string> hitIds(const boost::json::value& reply) {
 }
 
 TEST(SearchCommandTest, ShellSearchesNarrowsReportsAndSuggests) {
-  const ShellRun run = shell(
+  const auto run = shell(
       "search reset\n"
       "report 1002 0\n"
       "set-context \"product:Mesh Node M2\"\n"
@@ -117,7 +97,7 @@ TEST(SearchCommandTest, ShellSearchesNarrowsReportsAndSuggests) {
 }
 
 TEST(SearchCommandTest, SuggestionsAndMisuseOutsideAContext) {
-  const ShellRun run = shell(
+  const auto run = shell(
       "suggest pass\n"
       "report 1014 0\n"
       "search factory\n"
@@ -146,7 +126,7 @@ TEST(SearchCommandTest, SuggestionsAndMisuseOutsideAContext) {
 }
 
 TEST(SearchCommandTest, FaqReportsContextsChannelsAndBadArguments) {
-  const ShellRun run = shell(
+  const auto run = shell(
       "report 1022 0 --faq\n"
       "contexts product\n"
       "channels 1029 --like-state 2 --context \"product:Acme Home app\"\n"
@@ -176,25 +156,16 @@ TEST(SearchCommandTest, FaqReportsContextsChannelsAndBadArguments) {
 
 TEST(SearchCommandTest, AFailedSessionStartEndsTheSearchAtOnceWithTheReason) {
   // A loopback port nothing listens on: the session cannot open.
-  const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t length = sizeof address;
-  ASSERT_EQ(::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-  ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length);
-  ::close(fd);
-  const std::string service = "http://localhost:" + std::to_string(ntohs(address.sin_port));
+  const int port = testing::closedPort();
+  ASSERT_NE(port, 0);
+  const std::string service = "http://localhost:" + std::to_string(port);
 
-  std::istringstream in;
-  std::ostringstream out, err;
   // Waiting out the time-out would end with exit code 3 instead.
-  const int code = runTool({"--service", service, "--timeout", "20", "search", "reset"},
-                           Streams{in, out, err, TerminalInfo{}});
-  EXPECT_EQ(code, 1) << err.str();
-  EXPECT_NE(err.str().find("error: com.quorvix 0"), std::string::npos) << err.str();
-  EXPECT_NE(err.str().find("Connection refused"), std::string::npos) << err.str();
-  EXPECT_NE(err.str().find("hello.js"), std::string::npos) << "the address that failed: " << err.str();
+  const auto run = testing::runTool({"--service", service, "--timeout", "20", "search", "reset"});
+  EXPECT_EQ(run.code, 1) << run.err;
+  EXPECT_NE(run.err.find("error: com.quorvix 0"), std::string::npos) << run.err;
+  EXPECT_NE(run.err.find("Connection refused"), std::string::npos) << run.err;
+  EXPECT_NE(run.err.find("hello.js"), std::string::npos) << "the address that failed: " << run.err;
 }
 
 }  // namespace
