@@ -3,16 +3,10 @@
 // vouches for and one for another host are refused, one issued by the CA
 // the transport is given is accepted.
 #include <gtest/gtest.h>
-#include <openssl/evp.h>
-#include <openssl/pem.h>
-#include <openssl/x509.h>
-#include <openssl/x509v3.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <filesystem>
 #include <memory>
-#include <sstream>
 #include <vector>
 #include <string>
 
@@ -24,7 +18,8 @@
 #include "quorvix/sandbox/SandboxService.h"
 #include "quorvix/search/QXQueryResult.h"
 #include "support/SandboxFixture.h"
-#include "tool/CliApp.h"
+#include "support/TestCertificates.h"
+#include "support/ToolRun.h"
 
 namespace quorvix {
 namespace {
@@ -34,57 +29,7 @@ namespace fs = std::filesystem;
 /// The names the engine reaches the loopback service by: the account's host too.
 const std::string kServiceNames = "DNS:localhost,DNS:acme.localhost";
 
-struct KeyFree {
-  void operator()(EVP_PKEY* key) const { EVP_PKEY_free(key); }
-};
-struct CertificateFree {
-  void operator()(X509* certificate) const { X509_free(certificate); }
-};
-using Key = std::unique_ptr<EVP_PKEY, KeyFree>;
-using Certificate = std::unique_ptr<X509, CertificateFree>;
-
-/// A key and a certificate for `commonName` with the subject names
-/// `altNames` ("DNS:localhost"), signed by `issuer` (itself when null). A CA
-/// certificate may sign others.
-struct Identity {
-  Key key;
-  Certificate certificate;
-
-  static Identity make(const std::string& commonName, const std::string& altNames, const Identity* issuer,
-                       bool authority) {
-    Identity made{Key(EVP_EC_gen("P-256")), Certificate(X509_new())};
-    X509* cert = made.certificate.get();
-    static long serial = 1;
-    X509_set_version(cert, 2);
-    ASN1_INTEGER_set(X509_get_serialNumber(cert), ++serial);
-    X509_gmtime_adj(X509_getm_notBefore(cert), -3600);
-    X509_gmtime_adj(X509_getm_notAfter(cert), 24 * 3600);
-    X509_set_pubkey(cert, made.key.get());
-    X509_NAME_add_entry_by_txt(X509_get_subject_name(cert), "CN", MBSTRING_ASC,
-                               reinterpret_cast<const unsigned char*>(commonName.c_str()), -1, -1, 0);
-    X509* signer = issuer ? issuer->certificate.get() : cert;
-    X509_set_issuer_name(cert, X509_get_subject_name(signer));
-    X509V3_CTX context;
-    X509V3_set_ctx_nodb(&context);
-    X509V3_set_ctx(&context, signer, cert, nullptr, nullptr, 0);
-    const auto add = [&](int nid, const std::string& value) {
-      X509_EXTENSION* extension = X509V3_EXT_conf_nid(nullptr, &context, nid, value.c_str());
-      if (extension != nullptr) {
-        X509_add_ext(cert, extension, -1);
-        X509_EXTENSION_free(extension);
-      }
-    };
-    if (authority) {
-      add(NID_basic_constraints, "critical,CA:TRUE");
-      add(NID_key_usage, "critical,keyCertSign,cRLSign");
-    } else {
-      add(NID_basic_constraints, "CA:FALSE");
-      add(NID_subject_alt_name, altNames);
-    }
-    X509_sign(cert, issuer ? issuer->key.get() : made.key.get(), EVP_sha256());
-    return made;
-  }
-};
+using testing::Identity;
 
 class SandboxTlsTest : public testing::PlatformFixture {
  protected:
@@ -107,18 +52,10 @@ class SandboxTlsTest : public testing::PlatformFixture {
 
   /// Writes the certificate (and with `withKey`, the key next to it); returns its path.
   std::string write(const std::string& name, const Identity& identity, bool withKey) {
-    const fs::path path = folder_ / name;
-    std::FILE* file = std::fopen(path.c_str(), "w");
-    EXPECT_NE(file, nullptr);
-    if (file == nullptr) return path;
-    PEM_write_X509(file, identity.certificate.get());
-    std::fclose(file);
+    const std::string path = (folder_ / name).string();
+    EXPECT_TRUE(identity.writeCertificate(path)) << path;
     if (withKey) {
-      std::FILE* keyFile = std::fopen((path.string() + ".key").c_str(), "w");
-      EXPECT_NE(keyFile, nullptr);
-      if (keyFile == nullptr) return path;
-      PEM_write_PrivateKey(keyFile, identity.key.get(), nullptr, nullptr, 0, nullptr, nullptr);
-      std::fclose(keyFile);
+      EXPECT_TRUE(identity.writeKey(path + ".key")) << path;
     }
     return path;
   }
@@ -212,21 +149,15 @@ TEST_F(SandboxTlsTest, ACertificateForAnotherHostIsRefused) {
 TEST_F(SandboxTlsTest, TheToolTrustsTheAuthorityOfCaFileAndNothingElse) {
   serve(Identity::make("localhost", kServiceNames, &authority_, false));
   const std::string service = service_->baseURL();
-  const auto run = [&](std::vector<std::string> arguments) {
-    std::istringstream in;
-    std::ostringstream out, err;
-    const int code = cli::runTool(arguments, cli::Streams{in, out, err, cli::TerminalInfo{}});
-    return std::make_pair(code, err.str());
-  };
-  const auto refused = run({"--service", service, "--timeout", "20", "channels", "1002"});
-  EXPECT_EQ(refused.first, 1) << refused.second;
-  EXPECT_NE(refused.second.find("description"), std::string::npos) << "the refusal says why: " << refused.second;
+  const auto refused = testing::runTool({"--service", service, "--timeout", "20", "channels", "1002"});
+  EXPECT_EQ(refused.code, 1) << refused.err;
+  EXPECT_NE(refused.err.find("description"), std::string::npos) << "the refusal says why: " << refused.err;
 
-  const auto trusted = run({"--service", service, "--ca-file", caFile_, "--timeout", "20", "channels", "1002"});
-  EXPECT_EQ(trusted.first, 0) << trusted.second;
+  const auto trusted = testing::runTool({"--service", service, "--ca-file", caFile_, "--timeout", "20", "channels", "1002"});
+  EXPECT_EQ(trusted.code, 0) << trusted.err;
 
-  const auto missing = run({"--ca-file", (folder_ / "absent.pem").string(), "channels", "1002"});
-  EXPECT_EQ(missing.first, 2) << "a bundle that does not exist is a usage error: " << missing.second;
+  const auto missing = testing::runTool({"--ca-file", (folder_ / "absent.pem").string(), "channels", "1002"});
+  EXPECT_EQ(missing.code, 2) << "a bundle that does not exist is a usage error: " << missing.err;
 }
 
 }  // namespace

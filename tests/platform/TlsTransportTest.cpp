@@ -3,13 +3,8 @@
 /// certificate made up for the test.
 
 #include <gtest/gtest.h>
-#include <openssl/evp.h>
-#include <openssl/pem.h>
-#include <openssl/x509.h>
-#include <openssl/x509v3.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <filesystem>
 #include <mutex>
 #include <set>
@@ -18,6 +13,7 @@
 #include "platform/curl/CurlTransport.h"
 #include "quorvix/engine/QXConnection.h"
 #include "quorvix/engine/QXDefaultConnectionHandler.h"
+#include "support/TestCertificates.h"
 
 namespace quorvix {
 namespace {
@@ -32,50 +28,27 @@ using testing::Outcome;
 class TlsTransportTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    key_ = EVP_EC_gen("P-256");
-    ASSERT_NE(key_, nullptr);
-    cert_ = X509_new();
-    X509_set_version(cert_, 2);
-    ASN1_INTEGER_set(X509_get_serialNumber(cert_), 1);
-    X509_gmtime_adj(X509_getm_notBefore(cert_), -3600);
-    X509_gmtime_adj(X509_getm_notAfter(cert_), 24 * 3600);
-    X509_set_pubkey(cert_, key_);
-    X509_NAME* name = X509_get_subject_name(cert_);
-    X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC, reinterpret_cast<const unsigned char*>("localhost"), -1, -1, 0);
-    X509_set_issuer_name(cert_, name);
-    X509V3_CTX context;
-    X509V3_set_ctx_nodb(&context);
-    X509V3_set_ctx(&context, cert_, cert_, nullptr, nullptr, 0);
-    X509_EXTENSION* altNames = X509V3_EXT_conf_nid(nullptr, &context, NID_subject_alt_name, "DNS:localhost");
-    ASSERT_NE(altNames, nullptr);
-    X509_add_ext(cert_, altNames, -1);
-    X509_EXTENSION_free(altNames);
-    ASSERT_GT(X509_sign(cert_, key_, EVP_sha256()), 0);
-
+    identity_ = testing::Identity::make("localhost", "DNS:localhost", nullptr, false);
+    ASSERT_TRUE(identity_);
     // A new name for each certificate: the transport caches a bundle by its path.
     static int serial = 0;
     pemPath_ = std::filesystem::temp_directory_path() /
                ("quorvix-transport-" + std::to_string(::getpid()) + "-" + std::to_string(++serial) + ".pem");
-    std::FILE* file = std::fopen(pemPath_.c_str(), "w");
-    ASSERT_NE(file, nullptr);
-    const int written = PEM_write_X509(file, cert_);
-    std::fclose(file);
-    ASSERT_EQ(written, 1);
+    ASSERT_TRUE(identity_.writeCertificate(pemPath_.string()));
   }
 
   void TearDown() override {
     detail::CurlTransport::setCAFile("");
     std::error_code ignored;
     std::filesystem::remove(pemPath_, ignored);
-    X509_free(cert_);
-    EVP_PKEY_free(key_);
   }
 
   /// A TLS server presenting the test certificate.
-  std::unique_ptr<httplib::Server> tlsServer() const { return std::make_unique<httplib::SSLServer>(cert_, key_); }
+  std::unique_ptr<httplib::Server> tlsServer() const {
+    return std::make_unique<httplib::SSLServer>(identity_.certificate.get(), identity_.key.get());
+  }
 
-  EVP_PKEY* key_ = nullptr;
-  X509* cert_ = nullptr;
+  testing::Identity identity_;
   std::filesystem::path pemPath_;
 };
 
