@@ -2,23 +2,26 @@
 /// The default connection handler against throwaway loopback servers.
 
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
+#include <cctype>
 #include <condition_variable>
+#include <future>
 #include <mutex>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "platform/TransportTestSupport.h"
+#include "quorvix/engine/QXConnection.h"
 #include "quorvix/engine/QXDefaultConnectionHandler.h"
+#include "support/LoopbackPorts.h"
 
 namespace quorvix {
 namespace {
 
+using testing::closedPort;
 using testing::getRequest;
 using testing::kHangGuard;
 using testing::LoopbackServer;
@@ -34,17 +37,39 @@ std::string binaryBody() {
   return body;
 }
 
-/// A loopback port nothing listens on (bound, then released).
-int closedPort() {
-  const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t length = sizeof address;
-  ::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address);
-  ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length);
-  ::close(fd);
-  return ntohs(address.sin_port);
+/// Sends every request through the default transport with a short time-out.
+class HurriedHandler : public QXConnectionHandler {
+ public:
+  void open(const QXURLRequest& request, QXOpenCompletion completion) override {
+    QXURLRequest hurried = request;
+    hurried.timeoutInterval = 0.3;
+    inner_.open(hurried, std::move(completion));
+  }
+  std::optional<std::string> fetchDataAtRequest(const QXURLRequest& request, std::optional<QXError>* error) override {
+    return inner_.fetchDataAtRequest(request, error);
+  }
+
+ private:
+  QXDefaultConnectionHandler inner_;
+};
+
+/// The error `QXConnection` reports to hosts for a request to `url` through `handler`.
+std::optional<QXError> connectionError(const std::shared_ptr<QXConnectionHandler>& handler, const std::string& url) {
+  auto promise = std::make_shared<std::promise<std::optional<QXError>>>();
+  auto future = promise->get_future();
+  QXConnection::openConnection(handler, URLComponents::parse(url).value(),
+                               [promise](QXResponse response) { promise->set_value(response.error()); });
+  if (future.wait_for(kHangGuard) != std::future_status::ready) return QXError{"hung", 0, {}};
+  return future.get();
+}
+
+/// The lowercased transport reason of a service error of code 0 (empty for any other error).
+std::string reason(const std::optional<QXError>& error) {
+  if (!error || error->domain != errors::kServiceDomain || error->code != 0) return {};
+  const auto found = error->userInfo.find("description");
+  std::string text = found != error->userInfo.end() ? found->second : std::string();
+  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
+  return text;
 }
 
 TEST(DefaultTransportAnswers, DeliversBodyStatusAndEffectiveURL) {
@@ -240,6 +265,10 @@ TEST(DefaultTransportFailures, ReportsTransportErrorsWithURLLoadingCodes) {
 
   const std::string slowURL = server.url("/slow");
   const std::optional<Outcome> timedOut = openAndWait(handler, getRequest(slowURL, 0.3));
+  // Hosts hear a transfer failure as the service error of code 0, which keeps
+  // libcurl's reason and the address.
+  const auto hurried = std::make_shared<HurriedHandler>();
+  const std::optional<QXError> timedOutForHosts = connectionError(hurried, slowURL);
   {
     std::lock_guard lock(mutex);
     release = true;
@@ -252,16 +281,27 @@ TEST(DefaultTransportFailures, ReportsTransportErrorsWithURLLoadingCodes) {
   EXPECT_EQ(timedOut->error->code, errors::kTimedOut);
   EXPECT_EQ(timedOut->error->userInfo.at("NSErrorFailingURLStringKey"), slowURL);
   EXPECT_FALSE(timedOut->error->userInfo.at("NSLocalizedDescription").empty());
+  ASSERT_TRUE(timedOutForHosts);
+  EXPECT_NE(reason(timedOutForHosts).find("timed out"), std::string::npos) << describe(*timedOutForHosts);
+  EXPECT_EQ(timedOutForHosts->userInfo.at("url"), slowURL);
 
   const std::optional<Outcome> cut = openAndWait(handler, getRequest(server.url("/cut")));
   ASSERT_TRUE(cut);
   EXPECT_EQ(cut->code(), errors::kNetworkConnectionLost);
   EXPECT_FALSE(cut->response);
 
-  const std::optional<Outcome> refused =
-      openAndWait(handler, getRequest("http://127.0.0.1:" + std::to_string(closedPort()) + "/"));
+  const std::string refusedURL = "http://127.0.0.1:" + std::to_string(closedPort()) + "/api/q.js?apiKey=k3y&text=a&sid=s1d";
+  const std::optional<Outcome> refused = openAndWait(handler, getRequest(refusedURL));
   ASSERT_TRUE(refused);
   EXPECT_EQ(refused->code(), errors::kCannotConnectToHost);
+  const std::optional<QXError> refusedForHosts = connectionError(hurried, refusedURL);
+  ASSERT_TRUE(refusedForHosts);
+  EXPECT_NE(reason(refusedForHosts).find("connection refused"), std::string::npos) << describe(*refusedForHosts);
+  // The address shown keeps the path and the plain items, never the secrets.
+  const std::string shown = refusedForHosts->userInfo.at("url");
+  EXPECT_NE(shown.find("/api/q.js?apiKey=***&text=a&sid=***"), std::string::npos) << shown;
+  EXPECT_EQ(shown.find("k3y"), std::string::npos);
+  EXPECT_EQ(shown.find("s1d"), std::string::npos);
 
   const std::optional<Outcome> unknown = openAndWait(handler, getRequest("https://nosuchhost.invalid/"));
   ASSERT_TRUE(unknown);
