@@ -6,14 +6,11 @@
 #include <mutex>
 
 #include "quorvix/configuration/QXConfiguration.h"
-#include "quorvix/engine/Quorvix.h"
 #include "quorvix/faq/FAQAnswer.h"
 #include "quorvix/faq/QXFAQGroup.h"
 #include "quorvix/faq/QXLabel.h"
-#include "quorvix/sandbox/SandboxService.h"
 #include "quorvix/search/QXQueryResult.h"
-#include "support/Eventually.h"
-#include "support/PlatformFixture.h"
+#include "support/SandboxFixture.h"
 
 namespace quorvix {
 namespace {
@@ -21,24 +18,17 @@ namespace {
 namespace fs = std::filesystem;
 using testing::eventually;
 
-class ConfigurationIntegrationTest : public testing::PlatformFixture {
+class ConfigurationIntegrationTest : public testing::SandboxFixture {
  protected:
   void SetUp() override {
-    PlatformFixture::SetUp();
     root = fs::temp_directory_path() / ("quorvix-config-it-" + std::to_string(::getpid()));
+    startService();
     platform::setStorageRoot(root.string());
-    ASSERT_NE(service.start(), 0);
-    auto hosts = QXServiceHosts::fromServiceBase(service.baseURL());
-    ASSERT_FALSE(platform::setServiceHosts(std::get<QXServiceHosts>(hosts)).has_value());
-    params->setAccount(sandbox::SandboxService::kDemoAccount);
-    params->setKnowledgeBase(sandbox::SandboxService::kDemoKnowledgeBase);
-    params->setApiKey("demo-key-7f3a");
+    params->setApiKey(sandbox::SandboxService::kDemoApiKey);
   }
   void TearDown() override {
-    engine->stop();
-    service.stop();
+    SandboxFixture::TearDown();
     fs::remove_all(root);
-    PlatformFixture::TearDown();
   }
 
   std::shared_ptr<QXConfiguration> prepare() {
@@ -56,9 +46,6 @@ class ConfigurationIntegrationTest : public testing::PlatformFixture {
   }
 
   fs::path root;
-  sandbox::SandboxService service;
-  std::shared_ptr<AccountParams> params = std::make_shared<AccountParams>();
-  std::shared_ptr<Quorvix> engine = Quorvix::create();
 };
 
 TEST_F(ConfigurationIntegrationTest, PrepareRoadEndsWithTheEnginePrepared) {

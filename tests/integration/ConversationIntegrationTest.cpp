@@ -9,10 +9,7 @@
 #include "quorvix/conversation/QXConversationMissingEntity.h"
 #include "quorvix/conversation/QXConversationalResponse.h"
 #include "quorvix/conversation/QXPersonalInfo.h"
-#include "quorvix/engine/Quorvix.h"
-#include "quorvix/sandbox/SandboxService.h"
-#include "support/Eventually.h"
-#include "support/PlatformFixture.h"
+#include "support/SandboxFixture.h"
 
 namespace quorvix {
 namespace {
@@ -50,52 +47,26 @@ class BankingHost : public QXChatEngineDelegate {
   std::vector<std::string> personalInfoIds;
 };
 
-struct Outcome {
-  std::mutex mutex;
-  bool done = false;
-  std::shared_ptr<QXConversationalResponse> response;
-  std::optional<QXError> error;
-};
+using Reply = std::pair<std::shared_ptr<QXConversationalResponse>, std::optional<QXError>>;
 
-class ConversationIntegrationTest : public testing::PlatformFixture {
+class ConversationIntegrationTest : public testing::SandboxFixture {
  protected:
   void SetUp() override {
-    PlatformFixture::SetUp();
-    ASSERT_NE(service.start(), 0);
-    auto hosts = QXServiceHosts::fromServiceBase(service.baseURL());
-    ASSERT_FALSE(platform::setServiceHosts(std::get<QXServiceHosts>(hosts)).has_value());
-    params->setAccount(sandbox::SandboxService::kDemoAccount);
-    params->setKnowledgeBase(sandbox::SandboxService::kDemoKnowledgeBase);
+    startService();
     engine->prepareWithAccountParams(params);
     engine->setChatDelegate(host);
   }
-  void TearDown() override {
-    engine->stop();
-    service.stop();
-    PlatformFixture::TearDown();
-  }
 
   // Sends one statement (or postback) and waits for its reply.
-  std::shared_ptr<Outcome> say(const std::string& text, bool postback = false) {
-    auto outcome = std::make_shared<Outcome>();
-    engine->conversationStatement(
-        text, postback, std::nullopt,
-        [outcome](std::shared_ptr<QXConversationalResponse> response, std::optional<QXError> error) {
-          std::lock_guard lock(outcome->mutex);
-          outcome->done = true;
-          outcome->response = std::move(response);
-          outcome->error = std::move(error);
-        });
-    EXPECT_TRUE(eventually([&] {
-      std::lock_guard lock(outcome->mutex);
-      return outcome->done;
-    }));
-    return outcome;
+  Reply say(const std::string& text, bool postback = false) {
+    auto delivery = std::make_shared<testing::Delivery<Reply>>();
+    engine->conversationStatement(text, postback, std::nullopt,
+                                  [delivery](auto response, auto error) { delivery->deliver({response, error}); });
+    auto reply = delivery->take();
+    EXPECT_TRUE(reply) << "no reply to " << text;
+    return reply.value_or(Reply{});
   }
 
-  sandbox::SandboxService service;
-  std::shared_ptr<AccountParams> params = std::make_shared<AccountParams>();
-  std::shared_ptr<Quorvix> engine = Quorvix::create();
   std::shared_ptr<BankingHost> host = std::make_shared<BankingHost>();
 };
 
@@ -113,19 +84,19 @@ TEST_F(ConversationIntegrationTest, AConversationWithEntitiesPersonalInformation
   EXPECT_EQ(engine->conversationId(), id);
 
   auto greeting = say(R"({"text":"hi"})");
-  ASSERT_NE(greeting->response, nullptr);
-  ASSERT_TRUE(greeting->response->quickOptions().has_value());
+  ASSERT_NE(greeting.first, nullptr);
+  ASSERT_TRUE(greeting.first->quickOptions().has_value());
   std::vector<int64_t> kinds;
-  for (const auto& option : *greeting->response->quickOptions()) kinds.push_back(option->kind());
+  for (const auto& option : *greeting.first->quickOptions()) kinds.push_back(option->kind());
   EXPECT_NE(std::find(kinds.begin(), kinds.end(), 6), kinds.end()) << "a read-more option";
   EXPECT_NE(std::find(kinds.begin(), kinds.end(), 10), kinds.end()) << "a link";
-  EXPECT_TRUE(greeting->response->persistentOptions().has_value());
+  EXPECT_TRUE(greeting.first->persistentOptions().has_value());
 
   // The transfer needs an amount and a date: one round with the host, then the answer, masked.
   auto transfer = say("transfer", true);
-  ASSERT_NE(transfer->response, nullptr);
+  ASSERT_NE(transfer.first, nullptr);
   EXPECT_EQ(host->asked.size(), 1u);
-  const auto text = transfer->response->text().value_or("");
+  const auto text = transfer.first->text().value_or("");
   EXPECT_NE(text.find("250 will be transferred on 2026-12-01"), std::string::npos) << text;
   EXPECT_EQ(text.find("48213377091"), std::string::npos) << "the reference number is masked: " << text;
   const auto statementRequests = service.requestsFor("/api/conversation/v1/statement");
@@ -136,31 +107,24 @@ TEST_F(ConversationIntegrationTest, AConversationWithEntitiesPersonalInformation
 
   // The balance is personal information: the host gives no value, so it becomes a button.
   auto balance = say(R"({"text":"what is my balance"})");
-  ASSERT_NE(balance->response, nullptr);
+  ASSERT_NE(balance.first, nullptr);
   EXPECT_EQ(host->personalInfoIds, std::vector<std::string>{"accountBalance"});
-  EXPECT_EQ(balance->response->text(), "Your current balance is .");
-  ASSERT_TRUE(balance->response->actions().has_value());
-  EXPECT_EQ((*balance->response->actions())[0]->text(), "Show my balance");
+  EXPECT_EQ(balance.first->text(), "Your current balance is .");
+  ASSERT_TRUE(balance.first->actions().has_value());
+  EXPECT_EQ((*balance.first->actions())[0]->text(), "Show my balance");
 
   // An article comes back with its body; an unknown conversation is the service's error.
-  auto article = std::make_shared<Outcome>();
-  engine->conversationArticle("fees", std::nullopt, [article](auto response, auto error) {
-    std::lock_guard lock(article->mutex);
-    article->done = true;
-    article->response = std::move(response);
-    article->error = std::move(error);
-  });
-  ASSERT_TRUE(eventually([&] {
-    std::lock_guard lock(article->mutex);
-    return article->done;
-  }));
-  ASSERT_NE(article->response, nullptr);
-  EXPECT_NE(article->response->text().value_or("").find("International transfers"), std::string::npos);
+  auto article = std::make_shared<testing::Delivery<Reply>>();
+  engine->conversationArticle("fees", std::nullopt,
+                              [article](auto response, auto error) { article->deliver({response, error}); });
+  const auto fees = article->take().value_or(Reply{});
+  ASSERT_NE(fees.first, nullptr);
+  EXPECT_NE(fees.first->text().value_or("").find("International transfers"), std::string::npos);
 
   engine->setConversationId("1");
   auto unknown = say("hi");
-  ASSERT_TRUE(unknown->error.has_value());
-  EXPECT_EQ(unknown->error->code, 404);
+  ASSERT_TRUE(unknown.second.has_value());
+  EXPECT_EQ(unknown.second->code, 404);
 }
 
 }  // namespace

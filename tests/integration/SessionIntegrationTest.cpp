@@ -3,11 +3,8 @@
 
 #include <atomic>
 
-#include "quorvix/engine/Quorvix.h"
-#include "quorvix/sandbox/SandboxService.h"
-#include "support/Eventually.h"
 #include "support/ErrorMatchers.h"
-#include "support/PlatformFixture.h"
+#include "support/SandboxFixture.h"
 
 namespace quorvix {
 namespace {
@@ -18,26 +15,17 @@ using testing::eventually;
 constexpr const char* kHello = "/api/widget/v1/hello.js";
 constexpr const char* kKeepAlive = "/api/widget/v1/keepAlive.js";
 
-class SessionIntegrationTest : public testing::PlatformFixture {
+class SessionIntegrationTest : public testing::SandboxFixture {
  protected:
+  SessionIntegrationTest() : SandboxFixture(sandbox::SandboxOptions{.sessionTimeoutSeconds = 40}) {}
   void SetUp() override {
-    PlatformFixture::SetUp();
-    ASSERT_NE(service.start(), 0);
-    auto hosts = QXServiceHosts::fromServiceBase(service.baseURL());
-    ASSERT_FALSE(platform::setServiceHosts(std::get<QXServiceHosts>(hosts)).has_value());
-    params->setAccount(sandbox::SandboxService::kDemoAccount);
-    params->setKnowledgeBase(sandbox::SandboxService::kDemoKnowledgeBase);
+    startService();
     engine->prepareWithAccountParams(params);
     // Preparing fetches the configuration; its answer must not land inside a test.
     ASSERT_TRUE(eventually([&] { return engine->isPrepared(); }));
     QXErrorHandler::shared()->setErrorState(false);
     QXErrorHandler::shared()->setDelegate({});
     mainQueue->drain();
-  }
-  void TearDown() override {
-    engine->stop();
-    service.stop();
-    PlatformFixture::TearDown();
   }
 
   // Opens a session and waits for it.
@@ -47,10 +35,6 @@ class SessionIntegrationTest : public testing::PlatformFixture {
     EXPECT_TRUE(eventually([&] { return opened.load(); }));
     return engine->sessionId().value_or("");
   }
-
-  sandbox::SandboxService service{sandbox::SandboxOptions{.sessionTimeoutSeconds = 40}};
-  std::shared_ptr<AccountParams> params = std::make_shared<AccountParams>();
-  std::shared_ptr<Quorvix> engine = Quorvix::create();
 };
 
 TEST_F(SessionIntegrationTest, SessionIsOpenedKeptAliveAndRecoveredAfterExpiry) {

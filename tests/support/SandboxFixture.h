@@ -41,13 +41,11 @@ class Delivery {
 
 class SandboxFixture : public PlatformFixture {
  protected:
+  SandboxFixture() = default;
+  explicit SandboxFixture(sandbox::SandboxOptions options) : service(std::move(options)) {}
+
   void SetUp() override {
-    PlatformFixture::SetUp();
-    ASSERT_NE(service.start(), 0);
-    auto hosts = QXServiceHosts::fromServiceBase(service.baseURL());
-    ASSERT_FALSE(platform::setServiceHosts(std::get<QXServiceHosts>(hosts)).has_value());
-    params->setAccount(sandbox::SandboxService::kDemoAccount);
-    params->setKnowledgeBase(sandbox::SandboxService::kDemoKnowledgeBase);
+    startService();
     params->setApiKey(sandbox::SandboxService::kDemoApiKey);
     engine->setAccountParams(params);
   }
@@ -55,6 +53,18 @@ class SandboxFixture : public PlatformFixture {
     engine->stop();
     service.stop();
     PlatformFixture::TearDown();
+  }
+
+  /// Installs the platform doubles, starts the service, routes every service
+  /// host to it and names the demo account and knowledge base in `params`:
+  /// for fixtures that go on differently (another key, preparing).
+  void startService() {
+    PlatformFixture::SetUp();
+    ASSERT_NE(service.start(), 0);
+    auto hosts = QXServiceHosts::fromServiceBase(service.baseURL());
+    ASSERT_FALSE(platform::setServiceHosts(std::get<QXServiceHosts>(hosts)).has_value());
+    params->setAccount(sandbox::SandboxService::kDemoAccount);
+    params->setKnowledgeBase(sandbox::SandboxService::kDemoKnowledgeBase);
   }
 
   sandbox::SandboxService service;
