@@ -1,10 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "quorvix/configuration/QXConfiguration.h"
-#include "quorvix/engine/Quorvix.h"
 #include "quorvix/faq/QXFAQGroup.h"
-#include "support/PlatformFixture.h"
-#include "support/RecordingConnectionHandler.h"
+#include "support/RecordedEngineFixture.h"
 
 namespace quorvix {
 namespace {
@@ -20,34 +18,14 @@ constexpr const char* kGroup = "/api/kb/v1/faq";
 constexpr const char* kGroupReply =
     R"({"title":"Billing","behavior":1,"data":[{"data":[{"objectId":"7","label":"Refunds"}]}]})";
 
-class ConfigurationFetchTest : public testing::PlatformFixture {
- protected:
-  void SetUp() override {
-    PlatformFixture::SetUp();
-    engine->setConnectionHandler(handler);
-    params->setAccount("acme");
-    params->setKnowledgeBase("support");
-  }
-
-  std::vector<URLComponents> sent(const std::string& path) {
-    std::vector<URLComponents> out;
-    for (std::size_t i = 0; i < handler->requests().size(); ++i) {
-      if (handler->components(i).path() == path) out.push_back(handler->components(i));
-    }
-    return out;
-  }
-
-  std::shared_ptr<Quorvix> engine = Quorvix::create();
-  std::shared_ptr<testing::RecordingConnectionHandler> handler = std::make_shared<testing::RecordingConnectionHandler>();
-  std::shared_ptr<AccountParams> params = std::make_shared<AccountParams>();
-};
+class ConfigurationFetchTest : public testing::RecordedEngineFixture {};
 
 TEST_F(ConfigurationFetchTest, PrepareFetchesTheConfigurationAndMarksTheEnginePrepared) {
   params->setQuorvixContext(JsonObject{{"product", "Router X1"}});
   params->setApiKey("key");  // with an API key the groups of the file stay
   engine->prepareWithAccountParams(params);
-  ASSERT_EQ(sent(kCnf).size(), 1u);
-  const auto cnf = sent(kCnf)[0];
+  ASSERT_EQ(handler->sentTo(kCnf).size(), 1u);
+  const auto cnf = handler->sentTo(kCnf)[0];
   EXPECT_EQ(queryNames(cnf), (Names{"Referer", "kb", "isFloat", "context"}));
   EXPECT_EQ(cnf.queryValue("kb"), "support");
   EXPECT_EQ(cnf.queryValue("isFloat"), "true");
@@ -59,7 +37,7 @@ TEST_F(ConfigurationFetchTest, PrepareFetchesTheConfigurationAndMarksTheEnginePr
     EXPECT_FALSE(error);
     received = configuration;
   });
-  EXPECT_EQ(sent(kCnf).size(), 1u) << "a stored callback waits for the fetch under way";
+  EXPECT_EQ(handler->sentTo(kCnf).size(), 1u) << "a stored callback waits for the fetch under way";
 
   ASSERT_TRUE(handler->answer(kCnf, Reply::json(R"({"kbId":"4711","faqData":[{"title":"Start","data":[]}]})")));
   ASSERT_TRUE(received);
@@ -80,7 +58,7 @@ TEST_F(ConfigurationFetchTest, SecondCallbackBeforeTheFetchEndsIsDroppedAndStart
   int first = 0, second = 0;
   engine->setFetchConfiguration([&](auto, auto) { ++first; });
   engine->setFetchConfiguration([&](auto, auto) { ++second; });
-  EXPECT_EQ(sent(kCnf).size(), 2u);
+  EXPECT_EQ(handler->sentTo(kCnf).size(), 2u);
   ASSERT_TRUE(handler->answer(kCnf, Reply::json("{}")));
   ASSERT_TRUE(handler->answer(kCnf, Reply::json("{}")));
   EXPECT_GE(first, 1);
@@ -126,7 +104,7 @@ TEST_F(ConfigurationFetchTest, WhenConfiguredSharesOneFetchAndStartsAnotherAfter
   ConfiguredCall first, second;
   engine->whenConfigured(first.completion());
   engine->whenConfigured(second.completion());
-  EXPECT_EQ(sent(kCnf).size(), 2u) << "the two calls share one new fetch";
+  EXPECT_EQ(handler->sentTo(kCnf).size(), 2u) << "the two calls share one new fetch";
   ASSERT_TRUE(handler->answer(kCnf, Reply::json("", 200)));
   EXPECT_EQ(first.calls, 1);
   ASSERT_TRUE(first.error) << "a reply that is not a configuration still ends the wait";
@@ -138,7 +116,7 @@ TEST_F(ConfigurationFetchTest, WhenConfiguredSharesOneFetchAndStartsAnotherAfter
   auto other = std::make_shared<AccountParams>();
   other->setAccount("globex");
   engine->prepareWithAccountParams(other);
-  EXPECT_EQ(sent(kCnf).size(), 4u);
+  EXPECT_EQ(handler->sentTo(kCnf).size(), 4u);
   ASSERT_TRUE(handler->answer(kCnf, Reply::json(R"({"kbId":"old"})")));
   EXPECT_EQ(first.calls, 1);
   ASSERT_TRUE(handler->answer(kCnf, Reply::json(R"({"kbId":"new"})")));
@@ -153,7 +131,7 @@ TEST_F(ConfigurationFetchTest, WhenConfiguredSharesOneFetchAndStartsAnotherAfter
   engine->whenConfigured(later.completion());
   EXPECT_EQ(later.calls, 1);
   EXPECT_EQ(later.configuration, second.configuration);
-  EXPECT_EQ(sent(kCnf).size(), 4u);
+  EXPECT_EQ(handler->sentTo(kCnf).size(), 4u);
 
   // Without an account nothing can be fetched: the address error, at once.
   auto bare = Quorvix::create();
@@ -184,8 +162,8 @@ TEST_F(ConfigurationFetchTest, LabelIdReplacesTheGroupsOfTheFile) {
   engine->prepareWithAccountParams(params);
 
   ASSERT_TRUE(engine->isPrepared());
-  ASSERT_EQ(sent(kGroup).size(), 1u);
-  const auto group = sent(kGroup)[0];
+  ASSERT_EQ(handler->sentTo(kGroup).size(), 1u);
+  const auto group = handler->sentTo(kGroup)[0];
   EXPECT_EQ(queryNames(group), (Names{"account", "labelId", "kb", "allContextsMandatory", "items"}));
   EXPECT_EQ(group.queryValue("labelId"), "1B");
   EXPECT_EQ(group.queryValue("allContextsMandatory"), "true");
@@ -201,9 +179,9 @@ TEST_F(ConfigurationFetchTest, ContextDependentListIsReadAndItsFailureLeavesNoGr
   handler->autoReply(kCnf, {Reply::json(R"({"faqData":"context-dependent"})")});
   handler->autoReply(kList, {Reply::json(std::string("[") + kGroupReply + "," + kGroupReply + "]")});
   engine->prepareWithAccountParams(params);
-  ASSERT_EQ(sent(kList).size(), 1u);
-  EXPECT_EQ(queryNames(sent(kList)[0]), (Names{"account", "isFloat", "context", "kb"}));
-  EXPECT_EQ(sent(kList)[0].queryValue("context"), "cHJvZHVjdDpNMg==");
+  ASSERT_EQ(handler->sentTo(kList).size(), 1u);
+  EXPECT_EQ(queryNames(handler->sentTo(kList)[0]), (Names{"account", "isFloat", "context", "kb"}));
+  EXPECT_EQ(handler->sentTo(kList)[0].queryValue("context"), "cHJvZHVjdDpNMg==");
   EXPECT_EQ(engine->configuration()->faqs().size(), 2u);
 
   handler->autoReply(kList, {Reply::failure(-1009)});
@@ -219,8 +197,8 @@ TEST_F(ConfigurationFetchTest, ContextGroupIsReadWithoutApiKeyAndSkipsMissingVal
   handler->autoReply(kCnf, {Reply::json(R"({"faqData":[{"title":"From file"}]})")});
   handler->autoReply(kGroup, {Reply::json(kGroupReply), Reply::json(R"({"status":500,"message":"down"})")});
   engine->prepareWithAccountParams(params);
-  ASSERT_EQ(sent(kGroup).size(), 1u);
-  EXPECT_EQ(queryNames(sent(kGroup)[0]), (Names{"account", "allContextsMandatory", "items", "context"}));
+  ASSERT_EQ(handler->sentTo(kGroup).size(), 1u);
+  EXPECT_EQ(queryNames(handler->sentTo(kGroup)[0]), (Names{"account", "allContextsMandatory", "items", "context"}));
   ASSERT_EQ(engine->configuration()->faqs().size(), 1u);
   EXPECT_EQ(engine->configuration()->faqs().at(0)->title(), "Billing");
 

@@ -10,10 +10,8 @@
 #include "quorvix/conversation/QXPersonalInfo.h"
 #include "quorvix/conversation/QXTokenizer.h"
 #include "quorvix/engine/Helpers.h"
-#include "quorvix/engine/Quorvix.h"
 #include "support/ErrorMatchers.h"
-#include "support/PlatformFixture.h"
-#include "support/RecordingConnectionHandler.h"
+#include "support/RecordedEngineFixture.h"
 
 namespace quorvix {
 namespace {
@@ -50,12 +48,10 @@ struct Outcome {
   std::optional<QXError> error;
 };
 
-class ConversationExchangeTest : public testing::PlatformFixture {
+class ConversationExchangeTest : public testing::RecordedEngineFixture {
  protected:
   void SetUp() override {
-    PlatformFixture::SetUp();
-    params->setAccount("acme");
-    params->setKnowledgeBase("support");
+    RecordedEngineFixture::SetUp();
     // The configuration fetch that preparing starts goes to a handler of its own.
     engine->setConnectionHandler(std::make_shared<testing::RecordingConnectionHandler>());
     engine->prepareWithAccountParams(params);
@@ -75,10 +71,6 @@ class ConversationExchangeTest : public testing::PlatformFixture {
   Items items(std::size_t index) const { return handler->components(index).queryItems(); }
   std::size_t last() const { return handler->requests().size() - 1; }
 
-  std::shared_ptr<AccountParams> params = std::make_shared<AccountParams>();
-  std::shared_ptr<Quorvix> engine = Quorvix::create();
-  std::shared_ptr<testing::RecordingConnectionHandler> handler =
-      std::make_shared<testing::RecordingConnectionHandler>();
   std::shared_ptr<RecordingChatDelegate> delegate = std::make_shared<RecordingChatDelegate>();
 };
 

@@ -9,36 +9,39 @@
 #include <vector>
 
 #include "quorvix/engine/Quorvix.h"
-#include "support/PlatformFixture.h"
-#include "support/RecordingConnectionHandler.h"
+#include "support/RecordedEngineFixture.h"
 
 namespace quorvix {
 namespace {
 
 using testing::Reply;
 
-constexpr const char* kHello = "/api/widget/v1/hello.js";
-constexpr const char* kSearch = "/api/widget/v1/q.js";
+using testing::helloReply;
+constexpr const char* kHello = testing::kHelloPath;
+constexpr const char* kSearch = testing::kSearchPath;
 
-Reply hello(const std::string& id) { return Reply::json(R"({"sessionId":")" + id + R"(","timeout":600,"status":200})"); }
-
-class SessionConcurrencyTest : public testing::PlatformFixture {
+class SessionConcurrencyTest : public testing::RecordedEngineFixture {
  protected:
-  // An engine whose service answers "hello.js" and searches at once, on the calling thread.
-  std::pair<std::shared_ptr<Quorvix>, std::shared_ptr<testing::RecordingConnectionHandler>> answeringEngine() {
-    auto handler = std::make_shared<testing::RecordingConnectionHandler>();
-    handler->autoReply(kHello, {hello("s1")});
-    handler->autoReply(kSearch, {Reply::json("{}")});
-    auto params = std::make_shared<AccountParams>();
-    params->setAccount("acme");
-    auto engine = Quorvix::create();
-    engine->setConnectionHandler(handler);
+  void SetUp() override {
+    RecordedEngineFixture::SetUp();
     engine->setAccountParams(params);
-    return {engine, handler};
   }
 
-  static URLComponents search(const std::shared_ptr<Quorvix>& engine) {
-    auto url = engine->accountParams()->baseUrlComp().value();
+  // An engine whose service answers "hello.js" and searches at once, on the calling thread.
+  static std::shared_ptr<Quorvix> answeringEngine() {
+    auto service = std::make_shared<testing::RecordingConnectionHandler>();
+    service->autoReply(kHello, {helloReply("s1")});
+    service->autoReply(kSearch, {Reply::json("{}")});
+    auto account = std::make_shared<AccountParams>();
+    account->setAccount("acme");
+    auto answering = Quorvix::create();
+    answering->setConnectionHandler(service);
+    answering->setAccountParams(account);
+    return answering;
+  }
+
+  static URLComponents search(const std::shared_ptr<Quorvix>& target) {
+    auto url = target->accountParams()->baseUrlComp().value();
     url.appendPath(kSearch);
     return url;
   }
@@ -65,61 +68,48 @@ class SessionConcurrencyTest : public testing::PlatformFixture {
       check(round);
     }
   }
-
-  static std::size_t count(const testing::RecordingConnectionHandler& handler, std::string_view path) {
-    std::size_t n = 0;
-    for (const auto& request : handler.requests()) n += request.url.find(path) != std::string::npos ? 1 : 0;
-    return n;
-  }
 };
 
 TEST_F(SessionConcurrencyTest, RacingFirstRequestsSendOneHelloAndAllComplete) {
   constexpr int kTrials = 150;
   constexpr int kThreads = 8;
   int extraHellos = 0;
-  std::shared_ptr<Quorvix> engine;
+  std::shared_ptr<Quorvix> fresh;
   std::atomic<int> completions = 0;
   // The same threads race in every trial: a fresh engine each time.
   inRounds(kTrials, kThreads,
            [&](int) {
-             engine = answeringEngine().first;
+             fresh = answeringEngine();
              completions = 0;
            },
-           [&](int) { engine->executeRequest(search(engine), [&completions](QXResponse) { ++completions; }); },
+           [&](int) { fresh->executeRequest(search(fresh), [&completions](QXResponse) { ++completions; }); },
            [&](int trial) {
-             auto handler = std::static_pointer_cast<testing::RecordingConnectionHandler>(engine->connectionHandler());
-             extraHellos += static_cast<int>(count(*handler, kHello)) - 1;
+             auto service = std::static_pointer_cast<testing::RecordingConnectionHandler>(fresh->connectionHandler());
+             extraHellos += static_cast<int>(service->sentTo(kHello).size()) - 1;
              EXPECT_EQ(completions.load(), kThreads) << "trial " << trial;
              EXPECT_EQ(clock->pending(), 1u) << "one keep-alive chain per engine, trial " << trial;
-             engine->stop();
+             fresh->stop();
            });
   EXPECT_EQ(extraHellos, 0) << "a second hello.js was sent while a session was open or opening";
 }
 
 TEST_F(SessionConcurrencyTest, StopAbandonsTheStartInFlight) {
-  auto handler = std::make_shared<testing::RecordingConnectionHandler>();
-  auto params = std::make_shared<AccountParams>();
-  params->setAccount("acme");
-  auto engine = Quorvix::create();
-  engine->setConnectionHandler(handler);
-  engine->setAccountParams(params);
-
   int completions = 0;
   engine->executeRequest(search(engine), [&completions](QXResponse) { ++completions; });
   engine->stop();
   // The request after stop opens its own session; the abandoned answer arrives first.
   engine->executeRequest(search(engine), [&completions](QXResponse) { ++completions; });
-  EXPECT_EQ(count(*handler, kHello), 2u);
+  EXPECT_EQ(count(kHello), 2u);
 
-  ASSERT_TRUE(handler->answer(kHello, hello("old")));
+  ASSERT_TRUE(handler->answer(kHello, helloReply("old")));
   EXPECT_FALSE(engine->sessionId()) << "an abandoned start sets no session";
   EXPECT_EQ(clock->pending(), 0u) << "an abandoned start schedules no keep-alive";
-  EXPECT_EQ(count(*handler, kSearch), 0u) << "the request that waited for it is dropped";
+  EXPECT_EQ(count(kSearch), 0u) << "the request that waited for it is dropped";
 
-  ASSERT_TRUE(handler->answer(kHello, hello("new")));
+  ASSERT_TRUE(handler->answer(kHello, helloReply("new")));
   EXPECT_EQ(engine->sessionId(), "new");
   EXPECT_EQ(clock->pending(), 1u);
-  ASSERT_EQ(count(*handler, kSearch), 1u);
+  ASSERT_EQ(count(kSearch), 1u);
   EXPECT_NE(handler->requests().back().url.find("sid=new"), std::string::npos);
   ASSERT_TRUE(handler->answer(kSearch, Reply::json("{}")));
   EXPECT_EQ(completions, 1);
@@ -134,35 +124,29 @@ TEST_F(SessionConcurrencyTest, StopAbandonsTheStartInFlight) {
 
 TEST_F(SessionConcurrencyTest, NoKeepAliveOutlivesAStopThatRacesTheSessionStart) {
   constexpr int kTrials = 120;
-  std::shared_ptr<Quorvix> engine;
-  inRounds(kTrials, 2, [&](int) { engine = answeringEngine().first; },
+  std::shared_ptr<Quorvix> fresh;
+  inRounds(kTrials, 2, [&](int) { fresh = answeringEngine(); },
            [&](int thread) {
              if (thread == 0) {
                // A continuation that takes a moment, as a request sent in the new session does.
-               engine->startSession([] { std::this_thread::sleep_for(std::chrono::microseconds(50)); });
+               fresh->startSession([] { std::this_thread::sleep_for(std::chrono::microseconds(50)); });
              } else {
-               engine->stop();
+               fresh->stop();
              }
            },
            [&](int trial) {
              // Either the stop came first and the session is open with its
              // chain, or the stop ended both.
-             const std::size_t chains = engine->sessionId() ? 1 : 0;
+             const std::size_t chains = fresh->sessionId() ? 1 : 0;
              EXPECT_EQ(clock->pending(), chains) << "trial " << trial;
-             engine->stop();
+             fresh->stop();
              EXPECT_EQ(clock->pending(), 0u);
            });
 }
 
 TEST_F(SessionConcurrencyTest, RequestsRejectedTogetherReopenOneSession) {
-  auto handler = std::make_shared<testing::RecordingConnectionHandler>();
-  auto params = std::make_shared<AccountParams>();
-  params->setAccount("acme");
-  auto engine = Quorvix::create();
-  engine->setConnectionHandler(handler);
-  engine->setAccountParams(params);
   engine->startSession(nullptr);
-  ASSERT_TRUE(handler->answer(kHello, hello("s1")));
+  ASSERT_TRUE(handler->answer(kHello, helloReply("s1")));
 
   int completions = 0;
   for (int i = 0; i < 3; ++i) engine->executeRequest(search(engine), [&completions](QXResponse) { ++completions; });
@@ -170,13 +154,13 @@ TEST_F(SessionConcurrencyTest, RequestsRejectedTogetherReopenOneSession) {
   // Every probe says the session is gone. The first reopens it; the later
   // probes answer once the new session is open, and their requests use it.
   ASSERT_TRUE(handler->answer("/keepAlive.js", Reply::json(R"({"status":400})", 400)));
-  ASSERT_TRUE(handler->answer(kHello, hello("s2")));
+  ASSERT_TRUE(handler->answer(kHello, helloReply("s2")));
   for (int i = 0; i < 2; ++i) ASSERT_TRUE(handler->answer("/keepAlive.js", Reply::json(R"({"status":400})", 400)));
-  EXPECT_EQ(count(*handler, kHello), 2u);
+  EXPECT_EQ(count(kHello), 2u);
   while (handler->answer(kSearch, Reply::json("{}"))) {
   }
   EXPECT_EQ(completions, 3);
-  EXPECT_EQ(count(*handler, kSearch), 6u);
+  EXPECT_EQ(count(kSearch), 6u);
 }
 
 }  // namespace

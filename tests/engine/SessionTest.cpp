@@ -1,29 +1,25 @@
 #include <gtest/gtest.h>
 
 #include "quorvix/engine/Quorvix.h"
-#include "support/PlatformFixture.h"
-#include "support/RecordingConnectionHandler.h"
+#include "support/RecordedEngineFixture.h"
 
 namespace quorvix {
 namespace {
 
 using testing::queryNames;
 using testing::Reply;
+using testing::helloReply;
 using Names = std::vector<std::string>;
 
-constexpr const char* kHello = "/api/widget/v1/hello.js";
-constexpr const char* kKeepAlive = "/api/widget/v1/keepAlive.js";
-constexpr const char* kSearch = "/api/widget/v1/q.js";
+constexpr const char* kHello = testing::kHelloPath;
+constexpr const char* kKeepAlive = testing::kKeepAlivePath;
+constexpr const char* kSearch = testing::kSearchPath;
 
-class SessionTest : public testing::PlatformFixture {
+class SessionTest : public testing::RecordedEngineFixture {
  protected:
   void SetUp() override {
-    PlatformFixture::SetUp();
-    auto params = std::make_shared<AccountParams>();
-    params->setAccount("acme");
-    params->setKnowledgeBase("kb1");
+    RecordedEngineFixture::SetUp();
     // Sessions and searches need only the account: preparing would also fetch the configuration.
-    engine->setConnectionHandler(handler);
     engine->setAccountParams(params);
   }
 
@@ -39,67 +35,50 @@ class SessionTest : public testing::PlatformFixture {
   void send(const std::string& text, int* completions) {
     engine->executeRequest(search(text), [completions](QXResponse) { ++*completions; });
   }
-
-  std::vector<URLComponents> sent(const std::string& path) {
-    std::vector<URLComponents> out;
-    for (std::size_t i = 0; i < handler->requests().size(); ++i) {
-      auto url = handler->components(i);
-      if (url.path() == path) out.push_back(url);
-    }
-    return out;
-  }
-
-  static Reply hello(const std::string& id, int timeout = 600) {
-    return Reply::json(R"({"sessionId":")" + id + R"(","timeout":)" + std::to_string(timeout) + R"(,"status":200})");
-  }
-
-  std::shared_ptr<Quorvix> engine = Quorvix::create();
-  std::shared_ptr<testing::RecordingConnectionHandler> handler = std::make_shared<testing::RecordingConnectionHandler>();
 };
 
 TEST_F(SessionTest, FirstRequestOpensTheSessionAndCarriesSidLast) {
-  auto params = engine->accountParams();
   params->setQuorvixContext(JsonObject{{"brand", "x"}, {"line", "pro"}});
   int completions = 0;
   send("reset password", &completions);
 
-  ASSERT_EQ(sent(kHello).size(), 1u);
-  const auto start = sent(kHello)[0];
+  ASSERT_EQ(handler->sentTo(kHello).size(), 1u);
+  const auto start = handler->sentTo(kHello)[0];
   EXPECT_EQ(start.host(), "acme.quorvix.net");
   EXPECT_EQ(queryNames(start), (Names{"nostats", "url", "kb", "context"}));
-  EXPECT_EQ(start.percentEncodedQuery(), "nostats=false&url=mobile&kb=kb1&context=brand%3Ax%2Cline%3Apro");
-  EXPECT_TRUE(sent(kSearch).empty()) << "the request waits for the session";
+  EXPECT_EQ(start.percentEncodedQuery(), "nostats=false&url=mobile&kb=support&context=brand%3Ax%2Cline%3Apro");
+  EXPECT_TRUE(handler->sentTo(kSearch).empty()) << "the request waits for the session";
 
-  ASSERT_TRUE(handler->answer(kHello, hello("s1")));
+  ASSERT_TRUE(handler->answer(kHello, helloReply("s1")));
   EXPECT_EQ(engine->sessionId(), "s1");
   EXPECT_EQ(engine->delay(), 300.0);
-  ASSERT_EQ(sent(kSearch).size(), 1u);
-  EXPECT_EQ(queryNames(sent(kSearch)[0]), (Names{"text", "sid"}));
-  EXPECT_EQ(sent(kSearch)[0].queryValue("sid"), "s1");
+  ASSERT_EQ(handler->sentTo(kSearch).size(), 1u);
+  EXPECT_EQ(queryNames(handler->sentTo(kSearch)[0]), (Names{"text", "sid"}));
+  EXPECT_EQ(handler->sentTo(kSearch)[0].queryValue("sid"), "s1");
 
   ASSERT_TRUE(handler->answer(kSearch, Reply::json("{}")));
   EXPECT_EQ(completions, 1);
   // Inside the session no further "hello.js" is sent.
   send("again", &completions);
-  EXPECT_EQ(sent(kHello).size(), 1u);
-  EXPECT_EQ(sent(kSearch).back().queryValue("sid"), "s1");
+  EXPECT_EQ(handler->sentTo(kHello).size(), 1u);
+  EXPECT_EQ(handler->sentTo(kSearch).back().queryValue("sid"), "s1");
 }
 
 TEST_F(SessionTest, NoContextNoKnowledgeBaseMeansNoSuchItems) {
-  auto params = std::make_shared<AccountParams>();
-  params->setAccount("acme");
-  engine->setAccountParams(params);
+  auto bare = std::make_shared<AccountParams>();
+  bare->setAccount("acme");
+  engine->setAccountParams(bare);
   engine->startSession(nullptr);
-  EXPECT_EQ(queryNames(sent(kHello).at(0)), (Names{"nostats", "url"}));
+  EXPECT_EQ(queryNames(handler->sentTo(kHello).at(0)), (Names{"nostats", "url"}));
 }
 
 TEST_F(SessionTest, ConcurrentRequestsShareOneSessionStart) {
   int completions = 0;
   for (int i = 0; i < 5; ++i) send("q" + std::to_string(i), &completions);
-  EXPECT_EQ(sent(kHello).size(), 1u);
-  ASSERT_TRUE(handler->answer(kHello, hello("s1")));
-  ASSERT_EQ(sent(kSearch).size(), 5u);
-  for (const auto& request : sent(kSearch)) EXPECT_EQ(request.queryValue("sid"), "s1");
+  EXPECT_EQ(handler->sentTo(kHello).size(), 1u);
+  ASSERT_TRUE(handler->answer(kHello, helloReply("s1")));
+  ASSERT_EQ(handler->sentTo(kSearch).size(), 5u);
+  for (const auto& request : handler->sentTo(kSearch)) EXPECT_EQ(request.queryValue("sid"), "s1");
   while (handler->answer(kSearch, Reply::json("{}"))) {
   }
   EXPECT_EQ(completions, 5);
@@ -113,12 +92,12 @@ TEST_F(SessionTest, FailedStartKeepsTheErrorAndDropsTheWaitingRequests) {
   ASSERT_TRUE(handler->answer(kHello, Reply::json(R"({"status":503})")));
   EXPECT_EQ(engine->sessionError(), errors::service(503));
   EXPECT_FALSE(engine->sessionId());
-  EXPECT_TRUE(sent(kSearch).empty());
+  EXPECT_TRUE(handler->sentTo(kSearch).empty());
   EXPECT_EQ(clock->pending(), 0u);
 
   // The next request starts afresh; a success does not clear the old error.
   send("c", &completions);
-  ASSERT_TRUE(handler->answer(kHello, hello("s2")));
+  ASSERT_TRUE(handler->answer(kHello, helloReply("s2")));
   ASSERT_TRUE(handler->answer(kSearch, Reply::json("{}")));
   EXPECT_EQ(completions, 1);
   EXPECT_EQ(engine->sessionError(), errors::service(503));
@@ -126,14 +105,14 @@ TEST_F(SessionTest, FailedStartKeepsTheErrorAndDropsTheWaitingRequests) {
 
 TEST_F(SessionTest, KeepAliveRunsAtHalfTheAnnouncedTimeOut) {
   engine->startSession(nullptr);
-  ASSERT_TRUE(handler->answer(kHello, hello("s1", 600)));
+  ASSERT_TRUE(handler->answer(kHello, helloReply("s1", 600)));
   EXPECT_EQ(clock->nextDelay(), 300.0);
 
   clock->advance(299);
-  EXPECT_TRUE(sent(kKeepAlive).empty());
+  EXPECT_TRUE(handler->sentTo(kKeepAlive).empty());
   clock->advance(1);
-  ASSERT_EQ(sent(kKeepAlive).size(), 1u);
-  const auto probe = sent(kKeepAlive)[0];
+  ASSERT_EQ(handler->sentTo(kKeepAlive).size(), 1u);
+  const auto probe = handler->sentTo(kKeepAlive)[0];
   EXPECT_EQ(queryNames(probe), (Names{"Referer", "sid"}));
   EXPECT_EQ(probe.queryValue("sid"), "s1");
 
@@ -147,7 +126,7 @@ TEST_F(SessionTest, KeepAliveRunsAtHalfTheAnnouncedTimeOut) {
   EXPECT_EQ(engine->sessionId(), "s1");
   EXPECT_EQ(log->countStartingWith("Quorvix failed to keep alive "), 1u);
   clock->advance(10);
-  EXPECT_EQ(sent(kKeepAlive).size(), 3u);
+  EXPECT_EQ(handler->sentTo(kKeepAlive).size(), 3u);
 
   // A body "status" other than 200 arrives as an error, so it is retried too.
   ASSERT_TRUE(handler->answer(kKeepAlive, Reply::json(R"({"status":500})")));
@@ -170,39 +149,39 @@ TEST_F(SessionTest, ServiceWithoutTimeOutDoesNotMakeTheKeepAliveSpin) {
 TEST_F(SessionTest, RejectedRequestIsResentOnceInANewSession) {
   int completions = 0;
   engine->startSession(nullptr);
-  ASSERT_TRUE(handler->answer(kHello, hello("s1")));
+  ASSERT_TRUE(handler->answer(kHello, helloReply("s1")));
   send("x", &completions);
   ASSERT_TRUE(handler->answer(kSearch, Reply::json(R"({"status":400})")));
   EXPECT_EQ(completions, 0);
 
   // The probe has only its own items: no "sid".
-  ASSERT_EQ(sent(kKeepAlive).size(), 1u);
-  EXPECT_EQ(queryNames(sent(kKeepAlive)[0]), (Names{"Referer"}));
+  ASSERT_EQ(handler->sentTo(kKeepAlive).size(), 1u);
+  EXPECT_EQ(queryNames(handler->sentTo(kKeepAlive)[0]), (Names{"Referer"}));
   ASSERT_TRUE(handler->answer(kKeepAlive, Reply::json(R"({"status":400})", 400)));
-  ASSERT_TRUE(handler->answer(kHello, hello("s2")));
+  ASSERT_TRUE(handler->answer(kHello, helloReply("s2")));
   EXPECT_EQ(engine->sessionId(), "s2");
 
-  const auto resent = sent(kSearch).back();
-  EXPECT_EQ(sent(kSearch).size(), 2u);
+  const auto resent = handler->sentTo(kSearch).back();
+  EXPECT_EQ(handler->sentTo(kSearch).size(), 2u);
   EXPECT_EQ(queryNames(resent), (Names{"text", "sid"}));
   EXPECT_EQ(resent.queryValue("sid"), "s2");
 
   // A second 400 reaches the caller as it is.
   ASSERT_TRUE(handler->answer(kSearch, Reply::json(R"({"status":400})")));
   EXPECT_EQ(completions, 1);
-  EXPECT_EQ(sent(kKeepAlive).size(), 1u);
-  EXPECT_EQ(sent(kHello).size(), 2u);
+  EXPECT_EQ(handler->sentTo(kKeepAlive).size(), 1u);
+  EXPECT_EQ(handler->sentTo(kHello).size(), 2u);
 }
 
 TEST_F(SessionTest, SuccessfulProbeDropsTheRejectedRequest) {
   int completions = 0;
   engine->startSession(nullptr);
-  ASSERT_TRUE(handler->answer(kHello, hello("s1")));
+  ASSERT_TRUE(handler->answer(kHello, helloReply("s1")));
   send("x", &completions);
   ASSERT_TRUE(handler->answer(kSearch, Reply::json("{}", 400)));
   ASSERT_TRUE(handler->answer(kKeepAlive, Reply::json(R"({"status":200})")));
   EXPECT_EQ(handler->pendingCount(), 0u);
-  EXPECT_EQ(sent(kHello).size(), 1u);
+  EXPECT_EQ(handler->sentTo(kHello).size(), 1u);
   EXPECT_EQ(completions, 0);
   EXPECT_EQ(engine->sessionId(), "s1");
 }
@@ -210,18 +189,18 @@ TEST_F(SessionTest, SuccessfulProbeDropsTheRejectedRequest) {
 TEST_F(SessionTest, RequestThatWaitedForTheSessionHearsA400Directly) {
   int completions = 0;
   send("x", &completions);
-  ASSERT_TRUE(handler->answer(kHello, hello("s1")));
+  ASSERT_TRUE(handler->answer(kHello, helloReply("s1")));
   ASSERT_TRUE(handler->answer(kSearch, Reply::json(R"({"status":400})")));
   // Only a request sent inside an existing session is probed and re-sent.
   EXPECT_EQ(completions, 1);
-  EXPECT_TRUE(sent(kKeepAlive).empty());
+  EXPECT_TRUE(handler->sentTo(kKeepAlive).empty());
 }
 
 TEST_F(SessionTest, StopCancelsTheKeepAliveAndTheNextRequestOpensANewSession) {
   engine->startSession(nullptr);
-  ASSERT_TRUE(handler->answer(kHello, hello("s1")));
+  ASSERT_TRUE(handler->answer(kHello, helloReply("s1")));
   clock->advance(300);
-  ASSERT_EQ(sent(kKeepAlive).size(), 1u);
+  ASSERT_EQ(handler->sentTo(kKeepAlive).size(), 1u);
 
   engine->stop();
   EXPECT_FALSE(engine->sessionId());
@@ -231,19 +210,19 @@ TEST_F(SessionTest, StopCancelsTheKeepAliveAndTheNextRequestOpensANewSession) {
   ASSERT_TRUE(handler->answer(kKeepAlive, Reply::json(R"({"status":200})")));
   EXPECT_EQ(clock->pending(), 0u);
   clock->advance(3600);
-  EXPECT_EQ(sent(kKeepAlive).size(), 1u);
+  EXPECT_EQ(handler->sentTo(kKeepAlive).size(), 1u);
 
   int completions = 0;
   send("after", &completions);
-  EXPECT_EQ(sent(kHello).size(), 2u);
+  EXPECT_EQ(handler->sentTo(kHello).size(), 2u);
 }
 
 TEST_F(SessionTest, EngineGoneBeforeTheAnswerDoesNothing) {
   int completions = 0;
   send("x", &completions);
   engine.reset();
-  EXPECT_TRUE(handler->answer(kHello, hello("s1")));
-  EXPECT_TRUE(sent(kSearch).empty());
+  EXPECT_TRUE(handler->answer(kHello, helloReply("s1")));
+  EXPECT_TRUE(handler->sentTo(kSearch).empty());
   EXPECT_EQ(clock->pending(), 0u);
 }
 

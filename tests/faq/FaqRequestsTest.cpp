@@ -6,13 +6,11 @@
 #include <thread>
 
 #include "quorvix/engine/Helpers.h"
-#include "quorvix/engine/Quorvix.h"
 #include "quorvix/faq/FAQAnswer.h"
 #include "quorvix/faq/QXCacheManager.h"
 #include "quorvix/faq/QXLabel.h"
 #include "quorvix/search/QXQueryResult.h"
-#include "support/PlatformFixture.h"
-#include "support/RecordingConnectionHandler.h"
+#include "support/RecordedEngineFixture.h"
 
 namespace quorvix {
 namespace {
@@ -30,17 +28,14 @@ constexpr const char* kAnswer = "/api/faq/v1/answer.js";
 constexpr const char* kFeedback = "/api/analytics/v1/addFeedback";
 constexpr const char* kHello = "/api/widget/v1/hello.js";
 
-class FaqRequestsTest : public testing::PlatformFixture {
+class FaqRequestsTest : public testing::RecordedEngineFixture {
  protected:
   void SetUp() override {
-    PlatformFixture::SetUp();
+    RecordedEngineFixture::SetUp();
     root = fs::temp_directory_path() / ("quorvix-faq-" + std::to_string(::getpid()) + "-" +
                                         ::testing::UnitTest::GetInstance()->current_test_info()->name());
     fs::remove_all(root);
     platform::setStorageRoot(root.string());
-    engine->setConnectionHandler(handler);
-    params->setAccount("acme");
-    params->setKnowledgeBase("support");
     params->setApiKey("demo-key");
     handler->autoReply(kCnf, {Reply::json(R"({"kbId":"4711"})")});
     engine->prepareWithAccountParams(params);
@@ -50,23 +45,7 @@ class FaqRequestsTest : public testing::PlatformFixture {
     PlatformFixture::TearDown();
   }
 
-  URLComponents last(const std::string& path) {
-    for (std::size_t i = handler->requests().size(); i-- > 0;) {
-      if (handler->components(i).path() == path) return handler->components(i);
-    }
-    ADD_FAILURE() << "no request to " << path;
-    return {};
-  }
-  std::size_t count(const std::string& path) {
-    std::size_t n = 0;
-    for (std::size_t i = 0; i < handler->requests().size(); ++i) n += handler->components(i).path() == path;
-    return n;
-  }
-
   fs::path root;
-  std::shared_ptr<Quorvix> engine = Quorvix::create();
-  std::shared_ptr<testing::RecordingConnectionHandler> handler = std::make_shared<testing::RecordingConnectionHandler>();
-  std::shared_ptr<AccountParams> params = std::make_shared<AccountParams>();
 };
 
 TEST_F(FaqRequestsTest, ListAndLabelRequestsCarryTheirItemsInOrder) {

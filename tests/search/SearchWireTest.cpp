@@ -6,11 +6,9 @@
 #include <boost/json/parse.hpp>
 
 #include "quorvix/channeling/QXWebRequest.h"
-#include "quorvix/engine/Quorvix.h"
 #include "quorvix/search/QXAutoCompleteResponse.h"
 #include "quorvix/search/QXSearchResponse.h"
-#include "support/PlatformFixture.h"
-#include "support/RecordingConnectionHandler.h"
+#include "support/RecordedEngineFixture.h"
 
 namespace quorvix {
 namespace {
@@ -19,36 +17,21 @@ using testing::queryNames;
 using testing::Reply;
 using Names = std::vector<std::string>;
 
-class SearchWireTest : public testing::PlatformFixture {
+constexpr const char* kSearch = testing::kSearchPath;
+constexpr const char* kSuggest = "/api/kb/v1/autoComplete";
+constexpr const char* kContextValues = "/api/widget/v1/contextvalues.js";
+constexpr const char* kSetParams = "/api/widget/v1/setParams";
+constexpr const char* kChannels = "/api/channeling/v1/get";
+
+class SearchWireTest : public testing::RecordedEngineFixture {
  protected:
   void SetUp() override {
-    PlatformFixture::SetUp();
-    params->setAccount("acme");
-    params->setKnowledgeBase("kb1");
+    RecordedEngineFixture::SetUp();
     // Sessions and searches need only the account: preparing would also fetch the configuration.
-    engine->setConnectionHandler(handler);
     engine->setAccountParams(params);
-    handler->autoReply("/hello.js", {Reply::json(R"({"sessionId":"s1","timeout":600,"status":200})")});
+    handler->autoReply("/hello.js", {testing::helloReply("s1")});
   }
 
-  // The last request sent to a path ending in `suffix`.
-  URLComponents last(const std::string& suffix) {
-    for (std::size_t i = handler->requests().size(); i-- > 0;) {
-      auto url = handler->components(i);
-      if (url.path().ends_with(suffix)) return url;
-    }
-    ADD_FAILURE() << "nothing sent to " << suffix;
-    return {};
-  }
-  std::size_t count(const std::string& suffix) {
-    std::size_t n = 0;
-    for (std::size_t i = 0; i < handler->requests().size(); ++i) n += handler->components(i).path().ends_with(suffix);
-    return n;
-  }
-
-  std::shared_ptr<AccountParams> params = std::make_shared<AccountParams>();
-  std::shared_ptr<Quorvix> engine = Quorvix::create();
-  std::shared_ptr<testing::RecordingConnectionHandler> handler = std::make_shared<testing::RecordingConnectionHandler>();
 };
 
 TEST_F(SearchWireTest, SearchSendsTheTextExactlyAndCachesOnlyOnceTheHostLooked) {
@@ -63,21 +46,21 @@ TEST_F(SearchWireTest, SearchSendsTheTextExactlyAndCachesOnlyOnceTheHostLooked) 
   handler->autoReply("/q.js", {Reply::json(R"({"answers":[]})")});
   const std::string text = "a b+c&d=e#f%g é";
   search(text);
-  EXPECT_EQ(queryNames(last("/q.js")), (Names{"text", "sid"}));
-  EXPECT_EQ(last("/q.js").queryValue("text"), text);
+  EXPECT_EQ(queryNames(last(kSearch)), (Names{"text", "sid"}));
+  EXPECT_EQ(last(kSearch).queryValue("text"), text);
   search(text);
-  EXPECT_EQ(count("/q.js"), 2u) << "the cache is not used before the host reads it";
+  EXPECT_EQ(count(kSearch), 2u) << "the cache is not used before the host reads it";
 
   EXPECT_TRUE(engine->cachedSearches().empty());
   search(text);
   search(text);
-  EXPECT_EQ(count("/q.js"), 3u);
+  EXPECT_EQ(count(kSearch), 3u);
   search(text + " ");
-  EXPECT_EQ(count("/q.js"), 4u);
+  EXPECT_EQ(count(kSearch), 4u);
   EXPECT_EQ(answered, 5);
 
   search(std::nullopt);
-  EXPECT_EQ(last("/q.js").queryValue("text"), "");
+  EXPECT_EQ(last(kSearch).queryValue("text"), "");
 }
 
 TEST_F(SearchWireTest, SearchWithoutResultOrWithErrorReportsAsDescribed) {
@@ -124,13 +107,13 @@ TEST_F(SearchWireTest, SuggestionsAreCachedByTextUntilStop) {
     });
   };
   suggest();
-  EXPECT_EQ(queryNames(last("/autoComplete")), (Names{"text", "stemming", "sid"}));
-  EXPECT_EQ(last("/autoComplete").queryValue("stemming"), "true");
+  EXPECT_EQ(queryNames(last(kSuggest)), (Names{"text", "stemming", "sid"}));
+  EXPECT_EQ(last(kSuggest).queryValue("stemming"), "true");
   suggest();
-  EXPECT_EQ(count("/autoComplete"), 1u);
+  EXPECT_EQ(count(kSuggest), 1u);
   engine->stop();
   suggest();
-  EXPECT_EQ(count("/autoComplete"), 2u);
+  EXPECT_EQ(count(kSuggest), 2u);
   EXPECT_EQ(queries, (Names{"pass%20word", "pass%20word", "pass%20word"}));
   EXPECT_EQ(log->countStartingWith("Auto Complete "), 2u);
 }
@@ -139,8 +122,8 @@ TEST_F(SearchWireTest, ContextsAreListedAndChanged) {
   handler->autoReply("/contextvalues.js", {Reply::json(R"({"values":[1]})")});
   std::optional<Json> listed;
   engine->contextValue("brand,line", [&](std::optional<Json> result, std::optional<QXError>) { listed = result; });
-  EXPECT_EQ(queryNames(last("/contextvalues.js")), (Names{"account", "contexts", "cb", "kb", "sid"}));
-  EXPECT_EQ(last("/contextvalues.js").queryValue("contexts"), "brand,line");
+  EXPECT_EQ(queryNames(last(kContextValues)), (Names{"account", "contexts", "cb", "kb", "sid"}));
+  EXPECT_EQ(last(kContextValues).queryValue("contexts"), "brand,line");
   ASSERT_TRUE(listed);
   EXPECT_TRUE(listed->as_object().contains("values")) << "the whole reply, not its values";
 
@@ -148,11 +131,11 @@ TEST_F(SearchWireTest, ContextsAreListedAndChanged) {
   auto record = [&](bool ok, std::optional<QXError>) { outcomes.push_back(ok); };
   handler->autoReply("/setParams", {Reply::json(R"({"status":200})"), Reply::json(R"({"x":1})", 500)});
   engine->changeContext(std::nullopt, record);
-  EXPECT_EQ(queryNames(last("/setParams")), (Names{"cb", "sid"}));
+  EXPECT_EQ(queryNames(last(kSetParams)), (Names{"cb", "sid"}));
 
   params->setQuorvixContext(JsonObject{{"region", "eu"}});
   engine->changeContext(JsonObject{{"brand", "pro"}}, record);
-  EXPECT_EQ(last("/setParams").queryValue("context"), "brand:pro,region:eu");
+  EXPECT_EQ(last(kSetParams).queryValue("context"), "brand:pro,region:eu");
   EXPECT_EQ(outcomes, (std::vector<bool>{true, false}));
   ASSERT_EQ(params->dynamicContexts().size(), 1u);
   EXPECT_EQ(params->dynamicContexts()[0]->name(), "brand");
@@ -165,19 +148,19 @@ TEST_F(SearchWireTest, ChannelsAreFetchedWithoutASession) {
   handler->autoReply("/get", {Reply::json(R"({"rechanneling":[{"actionEsc":0,"channel":5,"buttonText":"Call"},{"actionEsc":2}]})")});
   std::optional<std::vector<std::shared_ptr<QXChanneling>>> channels;
   engine->channels(article, std::nullopt, [&](auto list, std::optional<QXError>) { channels = std::move(list); });
-  const auto sent = last("/api/channeling/v1/get");
+  const auto sent = last(kChannels);
   EXPECT_EQ(queryNames(sent), (Names{"account", "referer", "articleId", "clientState", "kb"}));
   EXPECT_EQ(sent.queryValue("referer"), "app/com.example.host/iOS/42/iOS");
   EXPECT_EQ(sent.queryValue("clientState"), "negativeFeedback");
-  EXPECT_EQ(count("/hello.js"), 0u);
+  EXPECT_EQ(count(testing::kHelloPath), 0u);
   ASSERT_TRUE(channels);
   ASSERT_EQ(channels->size(), 2u);
   EXPECT_EQ((*channels)[0]->type(), 5);
 
   article->setLikeState(7);  // out of range: sent as no feedback
   engine->channels(article, "pro", nullptr);
-  EXPECT_EQ(queryNames(last("/api/channeling/v1/get")), (Names{"account", "referer", "articleId", "clientState", "context", "kb"}));
-  EXPECT_EQ(last("/api/channeling/v1/get").queryValue("clientState"), "none");
+  EXPECT_EQ(queryNames(last(kChannels)), (Names{"account", "referer", "articleId", "clientState", "context", "kb"}));
+  EXPECT_EQ(last(kChannels).queryValue("clientState"), "none");
 }
 
 TEST_F(SearchWireTest, ChannelUseIsEscalatedForHitsAndReportedOtherwise) {
@@ -185,13 +168,13 @@ TEST_F(SearchWireTest, ChannelUseIsEscalatedForHitsAndReportedOtherwise) {
   auto channel = QXChanneling::initWithParams(description.if_object());
   JsonObject hitJson{{"id", "7"}, {"title", "Reset"}};
   engine->reportChanneling(channel, SearchAnswer::initWithParams(&hitJson));
-  const auto escalation = last("/escalate");
+  const auto escalation = last("/api/channeling/v1/escalate");
   EXPECT_EQ(queryNames(escalation), (Names{"apiName", "articleId", "type", "text", "sid"}));
   EXPECT_EQ(escalation.queryValue("type"), "5");
   EXPECT_EQ(escalation.queryValue("text"), "Reset");
 
   engine->reportChanneling(channel, std::make_shared<QXQueryResult>());
-  const auto report = last("/report");
+  const auto report = last("/api/channeling/v1/report");
   EXPECT_EQ(queryNames(report), (Names{"apiName", "articleId", "reportedEscalationType", "account", "kb", "trafficSource"}));
   EXPECT_EQ(report.queryValue("articleId"), "0");
   EXPECT_EQ(report.queryValue("trafficSource"), "FAQ");
@@ -204,7 +187,7 @@ TEST_F(SearchWireTest, ChannelUseIsEscalatedForHitsAndReportedOtherwise) {
   EXPECT_TRUE(escalated->ends_with("&sid=***")) << *escalated;
 
   engine->trackEvent(JsonObject{{"event", "open"}});
-  const auto event = last("/trackEvent");
+  const auto event = last("/api/widget/v1/trackEvent");
   EXPECT_EQ(queryNames(event), (Names{"conversationId", "eventType", "data", "referer"}));
   EXPECT_EQ(event.queryValue("conversationId"), "");
   EXPECT_EQ(event.queryValue("eventType"), "18");

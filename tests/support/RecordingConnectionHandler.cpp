@@ -6,14 +6,7 @@ void RecordingConnectionHandler::open(const QXURLRequest& request, QXOpenComplet
   std::optional<Reply> immediate;
   {
     std::lock_guard lock(mutex_);
-    const auto path = URLComponents::parse(request.url).value_or(URLComponents()).path();
-    for (auto& [suffix, replies] : autoReplies_) {
-      if (!replies.empty() && path.ends_with(suffix)) {
-        immediate = replies.front();
-        if (replies.size() > 1) replies.pop_front();
-        break;
-      }
-    }
+    immediate = takeAutoReply(request.url);
     calls_.push_back(Call{request, immediate ? QXOpenCompletion() : completion, immediate.has_value()});
   }
   if (immediate) deliver(request, completion, *immediate);
@@ -25,20 +18,25 @@ std::optional<std::string> RecordingConnectionHandler::fetchDataAtRequest(const 
   {
     std::lock_guard lock(mutex_);
     calls_.push_back(Call{request, {}, true});
-    const auto path = URLComponents::parse(request.url).value_or(URLComponents()).path();
-    for (auto& [suffix, replies] : autoReplies_) {
-      if (!replies.empty() && path.ends_with(suffix)) {
-        reply = replies.front();
-        if (replies.size() > 1) replies.pop_front();
-        break;
-      }
-    }
+    reply = takeAutoReply(request.url);
   }
   if (!reply || reply->transportError) {
     if (error != nullptr) *error = reply ? reply->transportError : QXError{"NSURLErrorDomain", -1, {}};
     return std::nullopt;
   }
   return reply->body;
+}
+
+std::optional<Reply> RecordingConnectionHandler::takeAutoReply(const std::string& url) {
+  const auto path = URLComponents::parse(url).value_or(URLComponents()).path();
+  for (auto& [suffix, replies] : autoReplies_) {
+    if (!replies.empty() && path.ends_with(suffix)) {
+      Reply reply = replies.front();
+      if (replies.size() > 1) replies.pop_front();
+      return reply;
+    }
+  }
+  return std::nullopt;
 }
 
 void RecordingConnectionHandler::autoReply(const std::string& pathSuffix, std::vector<Reply> replies) {
@@ -63,6 +61,16 @@ std::size_t RecordingConnectionHandler::pendingCount() const {
 URLComponents RecordingConnectionHandler::components(std::size_t index) const {
   std::lock_guard lock(mutex_);
   return URLComponents::parse(calls_.at(index).request.url).value();
+}
+
+std::vector<URLComponents> RecordingConnectionHandler::sentTo(std::string_view path) const {
+  std::lock_guard lock(mutex_);
+  std::vector<URLComponents> sent;
+  for (const auto& call : calls_) {
+    auto url = URLComponents::parse(call.request.url).value();
+    if (url.path() == path) sent.push_back(std::move(url));
+  }
+  return sent;
 }
 
 bool RecordingConnectionHandler::answer(const std::string& pathSuffix, const Reply& reply) {

@@ -8,6 +8,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "quorvix/engine/QXConnectionHandler.h"
@@ -48,11 +49,15 @@ class RecordingConnectionHandler : public QXConnectionHandler {
   std::size_t pendingCount() const;
   /// The parsed URL of request `index`.
   URLComponents components(std::size_t index) const;
+  /// The parsed URLs of the requests whose path is `path`, oldest first.
+  std::vector<URLComponents> sentTo(std::string_view path) const;
   /// Answers the oldest unanswered request whose path ends with `pathSuffix`;
   /// false when there is none.
   bool answer(const std::string& pathSuffix, const Reply& reply);
 
  private:
+  /// The next automatic reply for `url`, if one is set up; call with `mutex_` held.
+  std::optional<Reply> takeAutoReply(const std::string& url);
   static void deliver(const QXURLRequest& request, const QXOpenCompletion& completion, const Reply& reply);
 
   mutable std::mutex mutex_;
