@@ -107,6 +107,21 @@ struct Tally {
   }
 };
 
+// Runs `operation(random, i)` `operations` times on each of `threads` threads,
+// all let go at once; returns when every thread is done.
+template <class Operation>
+void overlap(int threads, int operations, unsigned seed, Operation operation) {
+  std::latch start(threads);
+  std::vector<std::jthread> workers;
+  for (int t = 0; t < threads; ++t) {
+    workers.emplace_back([&, t] {
+      std::minstd_rand random(static_cast<unsigned>(t) * 7919u + seed);
+      start.arrive_and_wait();
+      for (int i = 0; i < operations; ++i) operation(random, i);
+    });
+  }
+}
+
 class EngineStressTest : public testing::PlatformFixture {};
 
 TEST_F(EngineStressTest, OverlappingOperationsOnSeveralEnginesWithStops) {
@@ -128,48 +143,38 @@ TEST_F(EngineStressTest, OverlappingOperationsOnSeveralEnginesWithStops) {
   }
 
   Tally tally;
-  std::latch start(kThreads);
-  {
-    std::vector<std::jthread> threads;
-    for (int t = 0; t < kThreads; ++t) {
-      threads.emplace_back([&, t] {
-        std::minstd_rand random(static_cast<unsigned>(t) * 7919u + 1u);
-        start.arrive_and_wait();
-        for (int i = 0; i < kOperations; ++i) {
-          auto& engine = engines[random() % kEngines];
-          switch (random() % 9) {
-            case 0:
-            case 1:
-              engine->searchText("q" + std::to_string(random() % 50),
-                                 tally.once<std::shared_ptr<QXSearchResponse>, std::optional<QXError>>());
-              break;
-            case 2:
-              engine->changeContext(JsonObject{{"brand", "b" + std::to_string(i)}}, tally.once<bool, std::optional<QXError>>());
-              break;
-            case 3:
-              engine->prepareWithAccountParams(engine->accountParams());
-              break;
-            case 4:
-              engine->startSession(nullptr);
-              break;
-            case 5:
-              engine->stop();
-              break;
-            case 6:
-              engine->contextValue("brand", tally.once<std::optional<Json>, std::optional<QXError>>());
-              break;
-            case 7:
-              clock->advance(301);  // runs due keep-alives on this thread
-              break;
-            default:
-              mainQueue->drain();
-              (void)engine->accountParams()->quorvixContext();
-              break;
-          }
-        }
-      });
+  overlap(kThreads, kOperations, 1u, [&](std::minstd_rand& random, int i) {
+    auto& engine = engines[random() % kEngines];
+    switch (random() % 9) {
+      case 0:
+      case 1:
+        engine->searchText("q" + std::to_string(random() % 50),
+                           tally.once<std::shared_ptr<QXSearchResponse>, std::optional<QXError>>());
+        break;
+      case 2:
+        engine->changeContext(JsonObject{{"brand", "b" + std::to_string(i)}}, tally.once<bool, std::optional<QXError>>());
+        break;
+      case 3:
+        engine->prepareWithAccountParams(engine->accountParams());
+        break;
+      case 4:
+        engine->startSession(nullptr);
+        break;
+      case 5:
+        engine->stop();
+        break;
+      case 6:
+        engine->contextValue("brand", tally.once<std::optional<Json>, std::optional<QXError>>());
+        break;
+      case 7:
+        clock->advance(301);  // runs due keep-alives on this thread
+        break;
+      default:
+        mainQueue->drain();
+        (void)engine->accountParams()->quorvixContext();
+        break;
     }
-  }
+  });
 
   // Let every answer land; answers to abandoned starts change nothing.
   for (int round = 0; round < 2; ++round) {
@@ -210,35 +215,25 @@ TEST_F(SandboxStressTest, EnginesStayUsableAfterOverlappingWorkAndStops) {
     engines.push_back(other);
   }
   Tally tally;
-  std::latch start(kThreads);
-  {
-    std::vector<std::jthread> threads;
-    for (int t = 0; t < kThreads; ++t) {
-      threads.emplace_back([&, t] {
-        std::minstd_rand random(static_cast<unsigned>(t) + 11u);
-        start.arrive_and_wait();
-        for (int i = 0; i < kOperations; ++i) {
-          auto& target = engines[random() % engines.size()];
-          switch (random() % 5) {
-            case 0:
-            case 1:
-              target->searchText("password " + std::to_string(i),
-                                 tally.once<std::shared_ptr<QXSearchResponse>, std::optional<QXError>>());
-              break;
-            case 2:
-              target->changeContext(JsonObject{{"device", "router"}}, tally.once<bool, std::optional<QXError>>());
-              break;
-            case 3:
-              target->startSession(nullptr);
-              break;
-            default:
-              target->stop();
-              break;
-          }
-        }
-      });
+  overlap(kThreads, kOperations, 11u, [&](std::minstd_rand& random, int i) {
+    auto& target = engines[random() % engines.size()];
+    switch (random() % 5) {
+      case 0:
+      case 1:
+        target->searchText("password " + std::to_string(i),
+                           tally.once<std::shared_ptr<QXSearchResponse>, std::optional<QXError>>());
+        break;
+      case 2:
+        target->changeContext(JsonObject{{"device", "router"}}, tally.once<bool, std::optional<QXError>>());
+        break;
+      case 3:
+        target->startSession(nullptr);
+        break;
+      default:
+        target->stop();
+        break;
     }
-  }
+  });
   for (auto& each : engines) each->stop();
   // Each engine still opens a session and answers a search.
   for (auto& each : engines) {
