@@ -11,9 +11,7 @@ using testing::queryNames;
 using testing::Reply;
 using Names = std::vector<std::string>;
 
-constexpr const char* kCnf = "/widget/scripts/cnf.json";
-constexpr const char* kList = "/api/faq/v1/list.json";
-constexpr const char* kGroup = "/api/kb/v1/faq";
+using namespace testing::paths;
 
 constexpr const char* kGroupReply =
     R"({"title":"Billing","behavior":1,"data":[{"data":[{"objectId":"7","label":"Refunds"}]}]})";

@@ -17,8 +17,7 @@ namespace {
 using testing::Reply;
 
 using testing::helloReply;
-constexpr const char* kHello = testing::kHelloPath;
-constexpr const char* kSearch = testing::kSearchPath;
+using namespace testing::paths;
 
 class SessionConcurrencyTest : public testing::RecordedEngineFixture {
  protected:

@@ -11,9 +11,7 @@ using testing::Reply;
 using testing::helloReply;
 using Names = std::vector<std::string>;
 
-constexpr const char* kHello = testing::kHelloPath;
-constexpr const char* kKeepAlive = testing::kKeepAlivePath;
-constexpr const char* kSearch = testing::kSearchPath;
+using namespace testing::paths;
 
 class SessionTest : public testing::RecordedEngineFixture {
  protected:

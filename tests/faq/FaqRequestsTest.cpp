@@ -20,13 +20,10 @@ using testing::queryNames;
 using testing::Reply;
 using Names = std::vector<std::string>;
 
-constexpr const char* kCnf = "/widget/scripts/cnf.json";
-constexpr const char* kList = "/api/faq/v1/list.json";
-constexpr const char* kGroup = "/api/kb/v1/faq";
+using namespace testing::paths;
 constexpr const char* kLabels = "/api/kb/labels/v1/getUserLabels";
 constexpr const char* kAnswer = "/api/faq/v1/answer.js";
 constexpr const char* kFeedback = "/api/analytics/v1/addFeedback";
-constexpr const char* kHello = "/api/widget/v1/hello.js";
 
 class FaqRequestsTest : public testing::RecordedEngineFixture {
  protected:

@@ -17,7 +17,7 @@ using testing::queryNames;
 using testing::Reply;
 using Names = std::vector<std::string>;
 
-constexpr const char* kSearch = testing::kSearchPath;
+using namespace testing::paths;
 constexpr const char* kSuggest = "/api/kb/v1/autoComplete";
 constexpr const char* kContextValues = "/api/widget/v1/contextvalues.js";
 constexpr const char* kSetParams = "/api/widget/v1/setParams";
@@ -152,7 +152,7 @@ TEST_F(SearchWireTest, ChannelsAreFetchedWithoutASession) {
   EXPECT_EQ(queryNames(sent), (Names{"account", "referer", "articleId", "clientState", "kb"}));
   EXPECT_EQ(sent.queryValue("referer"), "app/com.example.host/iOS/42/iOS");
   EXPECT_EQ(sent.queryValue("clientState"), "negativeFeedback");
-  EXPECT_EQ(count(testing::kHelloPath), 0u);
+  EXPECT_EQ(count(kHello), 0u);
   ASSERT_TRUE(channels);
   ASSERT_EQ(channels->size(), 2u);
   EXPECT_EQ((*channels)[0]->type(), 5);

@@ -14,9 +14,15 @@
 
 namespace quorvix::testing {
 
-inline constexpr const char* kHelloPath = "/api/widget/v1/hello.js";
-inline constexpr const char* kKeepAlivePath = "/api/widget/v1/keepAlive.js";
-inline constexpr const char* kSearchPath = "/api/widget/v1/q.js";
+/// The paths of the service endpoints most tests watch.
+namespace paths {
+inline constexpr const char* kHello = "/api/widget/v1/hello.js";
+inline constexpr const char* kKeepAlive = "/api/widget/v1/keepAlive.js";
+inline constexpr const char* kSearch = "/api/widget/v1/q.js";
+inline constexpr const char* kCnf = "/widget/scripts/cnf.json";
+inline constexpr const char* kList = "/api/faq/v1/list.json";
+inline constexpr const char* kGroup = "/api/kb/v1/faq";
+}  // namespace paths
 
 /// A "hello.js" answer opening session `id` with the service's time-out in seconds.
 inline Reply helloReply(const std::string& id, int timeout = 600) {
