@@ -4,15 +4,14 @@
 #include <vector>
 
 #include "quorvix/engine/AccountParams.h"
-#include "quorvix/engine/Quorvix.h"
 #include "quorvix/search/QXSearchResponse.h"
-#include "support/PlatformFixture.h"
-#include "support/RecordingConnectionHandler.h"
+#include "support/RecordedEngineFixture.h"
 
 namespace quorvix {
 namespace {
 
 using AccountAddressTest = testing::PlatformFixture;
+using EngineAddressTest = testing::RecordedEngineFixture;
 
 TEST_F(AccountAddressTest, NamesThatAreNotHostLabelsBuildNoAddress) {
   struct Case {
@@ -48,11 +47,7 @@ TEST_F(AccountAddressTest, NamesThatAreNotHostLabelsBuildNoAddress) {
   EXPECT_EQ(none.addressError()->code, errors::kNoAccount);
 }
 
-TEST_F(AccountAddressTest, EngineRefusesABadAccountBeforeAnyRequest) {
-  auto handler = std::make_shared<testing::RecordingConnectionHandler>();
-  auto engine = Quorvix::create();
-  engine->setConnectionHandler(handler);
-  auto params = std::make_shared<AccountParams>();
+TEST_F(EngineAddressTest, EngineRefusesABadAccountBeforeAnyRequest) {
   params->setAccount("127.0.0.1/#");
   params->setApiKey("secret");
   engine->setAccountParams(params);
@@ -66,13 +61,15 @@ TEST_F(AccountAddressTest, EngineRefusesABadAccountBeforeAnyRequest) {
   engine->searchText("reset", [&](std::shared_ptr<QXSearchResponse>, std::optional<QXError> error) { searchError = error; });
   ASSERT_TRUE(searchError);
   EXPECT_EQ(searchError->code, errors::kBadAccountName);
-  EXPECT_TRUE(handler->requests().empty()) << "nothing may leave with a name that moves the host";
 
-  // Without an account the error has a code of its own.
+  // Without an account the engine's error has a code of its own.
   auto bare = Quorvix::create();
   bare->setConnectionHandler(handler);
-  bare->startSession(nullptr);
+  bare->startSession([] { ADD_FAILURE() << "no session can open"; });
+  ASSERT_TRUE(bare->sessionError());
+  EXPECT_EQ(bare->sessionError()->domain, errors::kEngineDomain);
   EXPECT_EQ(bare->sessionError()->code, errors::kNoAccount);
+  EXPECT_TRUE(handler->requests().empty()) << "nothing may leave with a name that moves the host, or without one";
 }
 
 TEST_F(AccountAddressTest, ServiceHostSuffixesMustBeHostNames) {

@@ -224,15 +224,6 @@ TEST_F(SessionTest, EngineGoneBeforeTheAnswerDoesNothing) {
   EXPECT_EQ(clock->pending(), 0u);
 }
 
-TEST_F(SessionTest, WithoutAnAccountNothingIsSentAndTheReasonIsKept) {
-  auto bare = Quorvix::create();
-  bare->setConnectionHandler(handler);
-  bare->startSession([] { ADD_FAILURE() << "no session can open"; });
-  EXPECT_TRUE(handler->requests().empty());
-  ASSERT_TRUE(bare->sessionError());
-  EXPECT_EQ(bare->sessionError()->domain, errors::kEngineDomain);
-}
-
 TEST(FacadeTest, MembersBehaveAsDocumented) {
   auto engine = Quorvix::create();
   EXPECT_NE(engine->connectionHandler(), engine->connectionHandler()) << "a new default handler on every read";
