@@ -8,8 +8,8 @@
 #include <optional>
 #include <string>
 
-#include "quorvix/engine/QXConnectionHandler.h"
 #include "quorvix/engine/Quorvix.h"
+#include "quorvix/platform/QXConnectionHandler.h"
 #include "tool/Wait.h"
 
 namespace quorvix::cli {

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "quorvix/configuration/TextHelpers.h"
-#include "quorvix/engine/Json.h"
+#include "quorvix/core/Json.h"
 #include "tool/Output.h"
 
 namespace quorvix {

@@ -10,8 +10,8 @@
 #include <variant>
 #include <vector>
 
+#include "quorvix/core/Json.h"
 #include "quorvix/engine/AccountParams.h"
-#include "quorvix/engine/Json.h"
 #include "quorvix/platform/Platform.h"
 #include "quorvix/platform/ServiceHosts.h"
 #include "tool/GlobalOptions.h"

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "json/ModelJson.h"
-#include "quorvix/engine/Json.h"
-#include "quorvix/engine/QXError.h"
+#include "quorvix/core/Json.h"
+#include "quorvix/core/QXError.h"
 #include "tool/Console.h"
 
 namespace quorvix::cli {

@@ -9,8 +9,8 @@
 #include <optional>
 #include <utility>
 
+#include "quorvix/core/QXError.h"
 #include "quorvix/engine/AccountParams.h"
-#include "quorvix/engine/QXError.h"
 #include "quorvix/engine/Quorvix.h"
 #include "tool/CommandRegistry.h"
 #include "tool/ExitCode.h"

@@ -12,7 +12,7 @@
 #include <optional>
 #include <utility>
 
-#include "quorvix/engine/QXError.h"
+#include "quorvix/core/QXError.h"
 
 namespace quorvix::cli {
 

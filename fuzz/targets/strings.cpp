@@ -6,8 +6,8 @@
 
 #include "FuzzInput.h"
 #include "quorvix/configuration/TextHelpers.h"
+#include "quorvix/core/URLComponents.h"
 #include "quorvix/engine/Helpers.h"
-#include "quorvix/engine/URLComponents.h"
 #include "quorvix/search/QXStyledText.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {

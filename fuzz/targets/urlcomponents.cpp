@@ -7,7 +7,7 @@
 
 #include "FuzzInput.h"
 #include "quorvix/channeling/QXWebRequest.h"
-#include "quorvix/engine/URLComponents.h"
+#include "quorvix/core/URLComponents.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace quorvix;

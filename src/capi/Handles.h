@@ -11,9 +11,9 @@
 #include <string>
 
 #include "quorvix/c/quorvix.h"
+#include "quorvix/core/Json.h"
+#include "quorvix/core/QXError.h"
 #include "quorvix/engine/AccountParams.h"
-#include "quorvix/engine/Json.h"
-#include "quorvix/engine/QXError.h"
 #include "quorvix/engine/Quorvix.h"
 
 namespace quorvix {

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <string_view>
 
+#include "quorvix/core/URLComponents.h"
 #include "quorvix/engine/Helpers.h"
-#include "quorvix/engine/URLComponents.h"
 
 namespace quorvix {
 namespace {

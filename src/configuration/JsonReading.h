@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "quorvix/engine/Json.h"
+#include "quorvix/core/Json.h"
 
 namespace quorvix::detail {
 

@@ -6,8 +6,8 @@
 #include <string_view>
 #include <variant>
 
-#include "quorvix/engine/Json.h"
-#include "quorvix/engine/QXError.h"
+#include "quorvix/core/Json.h"
+#include "quorvix/core/QXError.h"
 
 namespace quorvix::detail {
 

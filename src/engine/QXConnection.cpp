@@ -3,8 +3,8 @@
 #include "engine/JsonParse.h"
 #include "platform/Log.h"
 #include "quorvix/engine/Helpers.h"
-#include "quorvix/engine/QXDefaultConnectionHandler.h"
 #include "quorvix/engine/QXErrorHandler.h"
+#include "quorvix/platform/QXDefaultConnectionHandler.h"
 
 namespace quorvix {
 namespace {

@@ -1,8 +1,8 @@
 // The facade's lifecycle and members. The session machine is in Session.cpp.
 #include "quorvix/engine/Quorvix.h"
 
-#include "quorvix/engine/QXDefaultConnectionHandler.h"
 #include "quorvix/platform/Platform.h"
+#include "quorvix/platform/QXDefaultConnectionHandler.h"
 
 namespace quorvix {
 

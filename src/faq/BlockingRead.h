@@ -3,9 +3,9 @@
 #include <memory>
 #include <optional>
 
-#include "quorvix/engine/Json.h"
-#include "quorvix/engine/QXConnectionHandler.h"
-#include "quorvix/engine/URLComponents.h"
+#include "quorvix/core/Json.h"
+#include "quorvix/core/URLComponents.h"
+#include "quorvix/platform/QXConnectionHandler.h"
 
 namespace quorvix::detail {
 

@@ -4,8 +4,8 @@
 #include <latch>
 #include <thread>
 
+#include "quorvix/core/URLComponents.h"
 #include "quorvix/engine/AccountParams.h"
-#include "quorvix/engine/URLComponents.h"
 #include "support/PlatformFixture.h"
 
 namespace quorvix {

@@ -2,8 +2,8 @@
 
 #include <boost/json/parse.hpp>
 
+#include "quorvix/core/URLComponents.h"
 #include "quorvix/engine/Helpers.h"
-#include "quorvix/engine/URLComponents.h"
 #include "support/PlatformFixture.h"
 
 namespace quorvix {

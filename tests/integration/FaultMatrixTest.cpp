@@ -15,8 +15,8 @@
 
 #include "quorvix/channeling/QXChanneling.h"
 #include "quorvix/engine/QXConnection.h"
-#include "quorvix/engine/QXDefaultConnectionHandler.h"
 #include "quorvix/faq/FAQAnswer.h"
+#include "quorvix/platform/QXDefaultConnectionHandler.h"
 #include "quorvix/search/QXAutoCompleteResponse.h"
 #include "quorvix/search/QXQueryResult.h"
 #include "quorvix/search/QXSearchResponse.h"

@@ -12,9 +12,9 @@
 
 #include "platform/TransportTestSupport.h"
 #include "platform/curl/CurlTransport.h"
-#include "quorvix/engine/QXDefaultConnectionHandler.h"
 #include "quorvix/channeling/QXChanneling.h"
 #include "quorvix/engine/Quorvix.h"
+#include "quorvix/platform/QXDefaultConnectionHandler.h"
 #include "quorvix/sandbox/SandboxService.h"
 #include "quorvix/search/QXQueryResult.h"
 #include "support/SandboxFixture.h"

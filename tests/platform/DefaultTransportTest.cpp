@@ -15,7 +15,7 @@
 
 #include "platform/TransportTestSupport.h"
 #include "quorvix/engine/QXConnection.h"
-#include "quorvix/engine/QXDefaultConnectionHandler.h"
+#include "quorvix/platform/QXDefaultConnectionHandler.h"
 #include "support/LoopbackPorts.h"
 
 namespace quorvix {

@@ -15,9 +15,9 @@
 
 #include "platform/SerialExecutor.h"
 #include "platform/TimerScheduler.h"
-#include "quorvix/engine/QXDefaultConnectionHandler.h"
 #include "quorvix/engine/Quorvix.h"
 #include "quorvix/platform/Platform.h"
+#include "quorvix/platform/QXDefaultConnectionHandler.h"
 #include "support/PlatformFixture.h"
 
 namespace quorvix {

@@ -12,7 +12,7 @@
 #include "platform/TransportTestSupport.h"
 #include "platform/curl/CurlTransport.h"
 #include "quorvix/engine/QXConnection.h"
-#include "quorvix/engine/QXDefaultConnectionHandler.h"
+#include "quorvix/platform/QXDefaultConnectionHandler.h"
 #include "support/TestCertificates.h"
 
 namespace quorvix {

@@ -11,7 +11,7 @@
 
 #include "platform/TransportTestSupport.h"
 #include "platform/curl/CurlTransport.h"
-#include "quorvix/engine/QXDefaultConnectionHandler.h"
+#include "quorvix/platform/QXDefaultConnectionHandler.h"
 #include "support/Eventually.h"
 
 namespace quorvix {

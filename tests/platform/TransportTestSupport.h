@@ -13,7 +13,7 @@
 #include <thread>
 #include <utility>
 
-#include "quorvix/engine/QXConnectionHandler.h"
+#include "quorvix/platform/QXConnectionHandler.h"
 
 namespace quorvix::testing {
 

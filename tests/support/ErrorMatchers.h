@@ -5,7 +5,7 @@
 
 #include <optional>
 
-#include "quorvix/engine/QXError.h"
+#include "quorvix/core/QXError.h"
 
 namespace quorvix::testing {
 

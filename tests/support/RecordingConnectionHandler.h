@@ -11,8 +11,8 @@
 #include <string_view>
 #include <vector>
 
-#include "quorvix/engine/QXConnectionHandler.h"
-#include "quorvix/engine/URLComponents.h"
+#include "quorvix/core/URLComponents.h"
+#include "quorvix/platform/QXConnectionHandler.h"
 
 namespace quorvix::testing {
 

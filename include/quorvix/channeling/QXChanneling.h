@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "quorvix/engine/Json.h"
+#include "quorvix/core/Json.h"
 #include "quorvix/engine/QXBaseResponse.h"
 
 namespace quorvix {

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "quorvix/engine/Json.h"
+#include "quorvix/core/Json.h"
 
 namespace quorvix {
 

@@ -9,8 +9,8 @@
 #include <string>
 
 #include "quorvix/configuration/TextHelpers.h"
+#include "quorvix/core/Json.h"
 #include "quorvix/engine/Helpers.h"
-#include "quorvix/engine/Json.h"
 
 namespace quorvix {
 

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "quorvix/engine/Json.h"
+#include "quorvix/core/Json.h"
 
 namespace quorvix {
 

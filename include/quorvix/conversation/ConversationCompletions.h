@@ -7,8 +7,8 @@
 #include <optional>
 #include <string>
 
-#include "quorvix/engine/Json.h"
-#include "quorvix/engine/QXError.h"
+#include "quorvix/core/Json.h"
+#include "quorvix/core/QXError.h"
 
 namespace quorvix {
 

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "quorvix/engine/Json.h"
+#include "quorvix/core/Json.h"
 #include "quorvix/engine/QXBaseResponse.h"
 
 namespace quorvix {

@@ -13,7 +13,7 @@
 #include "quorvix/conversation/QXConversationQuickOption.h"
 #include "quorvix/conversation/QXEntity.h"
 #include "quorvix/conversation/QXPersonalInfo.h"
-#include "quorvix/engine/Json.h"
+#include "quorvix/core/Json.h"
 #include "quorvix/engine/QXBaseResponse.h"
 
 namespace quorvix {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "quorvix/conversation/Property.h"
-#include "quorvix/engine/Json.h"
+#include "quorvix/core/Json.h"
 #include "quorvix/engine/QXBaseResponse.h"
 
 namespace quorvix {

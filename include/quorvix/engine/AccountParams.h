@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "quorvix/engine/Json.h"
-#include "quorvix/engine/QXError.h"
-#include "quorvix/engine/URLComponents.h"
+#include "quorvix/core/Json.h"
+#include "quorvix/core/QXError.h"
+#include "quorvix/core/URLComponents.h"
 
 namespace quorvix {
 

@@ -9,8 +9,8 @@
 #include <string>
 #include <string_view>
 
-#include "quorvix/engine/Json.h"
-#include "quorvix/engine/QXURLRequest.h"
+#include "quorvix/core/Json.h"
+#include "quorvix/core/QXURLRequest.h"
 
 namespace quorvix {
 

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "quorvix/engine/Json.h"
+#include "quorvix/core/Json.h"
 
 namespace quorvix {
 

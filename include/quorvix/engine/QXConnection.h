@@ -7,10 +7,10 @@
 #include <string_view>
 #include <variant>
 
-#include "quorvix/engine/Json.h"
-#include "quorvix/engine/QXConnectionHandler.h"
+#include "quorvix/core/Json.h"
+#include "quorvix/core/URLComponents.h"
 #include "quorvix/engine/QXResponse.h"
-#include "quorvix/engine/URLComponents.h"
+#include "quorvix/platform/QXConnectionHandler.h"
 
 namespace quorvix {
 

@@ -6,7 +6,7 @@
 #include <mutex>
 #include <optional>
 
-#include "quorvix/engine/QXError.h"
+#include "quorvix/core/QXError.h"
 
 namespace quorvix {
 

@@ -8,9 +8,9 @@
 #include <string>
 #include <variant>
 
-#include "quorvix/engine/Json.h"
+#include "quorvix/core/Json.h"
+#include "quorvix/core/QXError.h"
 #include "quorvix/engine/QXBaseResponse.h"
-#include "quorvix/engine/QXError.h"
 
 namespace quorvix {
 

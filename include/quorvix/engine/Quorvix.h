@@ -12,14 +12,14 @@
 
 #include "quorvix/conversation/ConversationCompletions.h"
 #include "quorvix/conversation/QXChatEngineDelegate.h"
+#include "quorvix/core/Json.h"
+#include "quorvix/core/QXError.h"
+#include "quorvix/core/URLComponents.h"
 #include "quorvix/engine/AccountParams.h"
-#include "quorvix/engine/Json.h"
 #include "quorvix/engine/QXConnection.h"
-#include "quorvix/engine/QXConnectionHandler.h"
 #include "quorvix/engine/QXErrorHandler.h"
-#include "quorvix/engine/QXError.h"
-#include "quorvix/engine/URLComponents.h"
 #include "quorvix/faq/FAQCompletions.h"
+#include "quorvix/platform/QXConnectionHandler.h"
 #include "quorvix/search/SearchCompletions.h"
 
 namespace quorvix {

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "quorvix/engine/QXError.h"
+#include "quorvix/core/QXError.h"
 
 namespace quorvix {
 

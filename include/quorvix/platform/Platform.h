@@ -15,7 +15,7 @@
 #include <string>
 #include <string_view>
 
-#include "quorvix/engine/QXError.h"
+#include "quorvix/core/QXError.h"
 #include "quorvix/platform/MainExecutor.h"
 #include "quorvix/platform/Scheduler.h"
 #include "quorvix/platform/ServiceHosts.h"

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <variant>
 
-#include "quorvix/engine/QXError.h"
+#include "quorvix/core/QXError.h"
 
 namespace quorvix {
 

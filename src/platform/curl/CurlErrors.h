@@ -7,7 +7,7 @@
 
 #include <string>
 
-#include "quorvix/engine/QXError.h"
+#include "quorvix/core/QXError.h"
 
 namespace quorvix::detail {
 

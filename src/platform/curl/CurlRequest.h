@@ -12,8 +12,8 @@
 
 #include "platform/curl/CurlHandles.h"
 #include "platform/curl/URLPolicy.h"
-#include "quorvix/engine/QXError.h"
-#include "quorvix/engine/QXURLRequest.h"
+#include "quorvix/core/QXError.h"
+#include "quorvix/core/QXURLRequest.h"
 
 namespace quorvix::detail {
 

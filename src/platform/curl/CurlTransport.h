@@ -15,7 +15,7 @@
 #include "platform/curl/CompletionPool.h"
 #include "platform/curl/CurlHandles.h"
 #include "platform/curl/CurlRequest.h"
-#include "quorvix/engine/QXConnectionHandler.h"
+#include "quorvix/platform/QXConnectionHandler.h"
 
 namespace quorvix::detail {
 

@@ -12,7 +12,7 @@
 #include <string>
 #include <utility>
 
-#include "quorvix/engine/QXError.h"
+#include "quorvix/core/QXError.h"
 #include "quorvix/platform/ServiceHosts.h"
 
 namespace quorvix::detail {

@@ -1,7 +1,7 @@
 /// @file
 /// The default connection handler: a thin front of the process-wide transport.
 
-#include "quorvix/engine/QXDefaultConnectionHandler.h"
+#include "quorvix/platform/QXDefaultConnectionHandler.h"
 
 #include <utility>
 

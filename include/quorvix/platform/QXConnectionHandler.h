@@ -6,8 +6,8 @@
 #include <optional>
 #include <string>
 
-#include "quorvix/engine/QXError.h"
-#include "quorvix/engine/QXURLRequest.h"
+#include "quorvix/core/QXError.h"
+#include "quorvix/core/QXURLRequest.h"
 
 namespace quorvix {
 

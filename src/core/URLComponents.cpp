@@ -1,4 +1,4 @@
-#include "quorvix/engine/URLComponents.h"
+#include "quorvix/core/URLComponents.h"
 
 #include <algorithm>
 #include <boost/url/parse.hpp>

@@ -1,4 +1,4 @@
-#include "quorvix/engine/QXError.h"
+#include "quorvix/core/QXError.h"
 
 namespace quorvix::errors {
 

@@ -1,4 +1,4 @@
-#include "quorvix/engine/QXURLRequest.h"
+#include "quorvix/core/QXURLRequest.h"
 
 #include <algorithm>
 #include <strings.h>

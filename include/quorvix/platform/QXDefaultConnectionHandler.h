@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "quorvix/engine/QXConnectionHandler.h"
+#include "quorvix/platform/QXConnectionHandler.h"
 
 namespace quorvix {
 
