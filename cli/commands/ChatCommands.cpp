@@ -15,10 +15,10 @@
 #include <vector>
 
 #include "commands/Commands.h"
+#include "engine/Helpers.h"
 #include "quorvix/conversation/QXConversationMissingEntity.h"
 #include "quorvix/conversation/QXConversationalResponse.h"
 #include "quorvix/conversation/QXPersonalInfo.h"
-#include "quorvix/engine/Helpers.h"
 #include "tool/Runtime.h"
 
 namespace quorvix::cli {

@@ -3,8 +3,8 @@
 /// How the configuration, FAQ groups and answers print: text for people and
 /// JSON documents with every property under its name.
 
+#include "engine/Helpers.h"
 #include "quorvix/core/Json.h"
-#include "quorvix/engine/Helpers.h"
 #include "tool/Output.h"
 
 namespace quorvix {

@@ -4,7 +4,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "quorvix/engine/Helpers.h"
+#include "engine/Helpers.h"
 #include "tool/AccountSetup.h"
 #include "tool/CommandRegistry.h"
 #include "tool/EngineHost.h"

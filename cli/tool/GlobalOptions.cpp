@@ -2,7 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "quorvix/engine/Helpers.h"
+#include "engine/Helpers.h"
 #include "tool/Validators.h"
 
 namespace quorvix::cli {

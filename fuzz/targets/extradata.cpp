@@ -5,8 +5,8 @@
 #include <cstdint>
 
 #include "FuzzInput.h"
+#include "conversation/ExtraData.h"
 #include "quorvix/conversation/ClientCalls.h"
-#include "quorvix/conversation/ExtraData.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace quorvix;

@@ -9,12 +9,12 @@
 
 #include "FuzzInput.h"
 #include "QuietLog.h"
+#include "engine/Helpers.h"
 #include "engine/JsonParse.h"
 #include "engine/TypedResults.h"
 #include "quorvix/channeling/QXChanneling.h"
 #include "quorvix/conversation/QXConversationalResponse.h"
 #include "quorvix/conversation/QXEntity.h"
-#include "quorvix/engine/Helpers.h"
 #include "quorvix/faq/QXFAQGroup.h"
 #include "quorvix/faq/QXLabel.h"
 #include "quorvix/search/QXAutoCompleteResponse.h"

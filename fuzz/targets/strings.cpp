@@ -5,9 +5,9 @@
 #include <cstdint>
 
 #include "FuzzInput.h"
+#include "engine/Helpers.h"
 #include "quorvix/configuration/TextHelpers.h"
 #include "quorvix/core/URLComponents.h"
-#include "quorvix/engine/Helpers.h"
 #include "quorvix/search/QXStyledText.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {

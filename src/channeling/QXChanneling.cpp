@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "configuration/JsonReading.h"
-#include "quorvix/engine/Helpers.h"
+#include "engine/Helpers.h"
 
 namespace quorvix {
 namespace {

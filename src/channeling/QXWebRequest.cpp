@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <string_view>
 
+#include "engine/Helpers.h"
 #include "quorvix/core/URLComponents.h"
-#include "quorvix/engine/Helpers.h"
 
 namespace quorvix {
 namespace {

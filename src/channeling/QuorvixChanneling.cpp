@@ -1,9 +1,9 @@
 // The facade's channel operations: the channels of an article, the report of
 // a channel's use, and tracked events.
+#include "engine/Helpers.h"
 #include "engine/ServiceAddress.h"
 #include "platform/Log.h"
 #include "quorvix/channeling/QXChanneling.h"
-#include "quorvix/engine/Helpers.h"
 #include "quorvix/engine/Quorvix.h"
 #include "quorvix/search/SearchAnswer.h"
 

@@ -1,7 +1,7 @@
 #include "quorvix/configuration/ConversationSettings.h"
 
 #include "configuration/JsonReading.h"
-#include "quorvix/engine/Helpers.h"
+#include "engine/Helpers.h"
 
 namespace quorvix {
 

@@ -1,6 +1,6 @@
 #include "configuration/JsonReading.h"
 
-#include "quorvix/engine/Helpers.h"
+#include "engine/Helpers.h"
 
 namespace quorvix::detail {
 

@@ -1,6 +1,7 @@
 #include "quorvix/configuration/QXConfiguration.h"
 
 #include "configuration/JsonReading.h"
+#include "engine/Helpers.h"
 #include "quorvix/faq/QXFAQGroup.h"
 #include "quorvix/faq/QXLabel.h"
 

@@ -1,9 +1,9 @@
 // The facade's widget configuration: asking for it, fetching it, and applying
 // the FAQ groups or label it calls for before the engine counts as prepared.
+#include "engine/Helpers.h"
 #include "engine/ServiceAddress.h"
 #include "platform/Log.h"
 #include "quorvix/configuration/QXConfiguration.h"
-#include "quorvix/engine/Helpers.h"
 #include "quorvix/engine/Quorvix.h"
 #include "quorvix/faq/QXFAQGroup.h"
 

@@ -2,7 +2,7 @@
 
 #include <cctype>
 
-#include "quorvix/conversation/ExtraData.h"
+#include "conversation/ExtraData.h"
 
 namespace quorvix {
 

@@ -1,8 +1,8 @@
-#include "quorvix/conversation/ExtraData.h"
+#include "conversation/ExtraData.h"
 
 #include "conversation/ExtraDataSplit.h"
 
-#include "quorvix/engine/Helpers.h"
+#include "engine/Helpers.h"
 
 namespace quorvix {
 namespace {

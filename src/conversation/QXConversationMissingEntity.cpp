@@ -1,6 +1,6 @@
 #include "quorvix/conversation/QXConversationMissingEntity.h"
 
-#include "quorvix/engine/Helpers.h"
+#include "engine/Helpers.h"
 
 namespace quorvix {
 

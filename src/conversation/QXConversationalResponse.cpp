@@ -2,7 +2,7 @@
 
 #include <boost/json/serialize.hpp>
 
-#include "quorvix/engine/Helpers.h"
+#include "engine/Helpers.h"
 #include "quorvix/engine/QXConnection.h"
 
 namespace quorvix {

@@ -8,9 +8,9 @@
 #include <utility>
 #include <vector>
 
+#include "engine/Helpers.h"
 #include "engine/JsonParse.h"
 #include "platform/Log.h"
-#include "quorvix/engine/Helpers.h"
 
 namespace quorvix {
 

@@ -4,14 +4,14 @@
 #include <mutex>
 #include <utility>
 
+#include "engine/Helpers.h"
+#include "engine/ServiceAddress.h"
 #include "quorvix/configuration/QXConfiguration.h"
 #include "quorvix/conversation/ClientCalls.h"
 #include "quorvix/conversation/QXConversationMissingEntity.h"
 #include "quorvix/conversation/QXConversationalResponse.h"
 #include "quorvix/conversation/QXPersonalInfo.h"
 #include "quorvix/conversation/QXTokenizer.h"
-#include "quorvix/engine/Helpers.h"
-#include "engine/ServiceAddress.h"
 #include "quorvix/engine/Quorvix.h"
 
 namespace quorvix {

@@ -1,7 +1,7 @@
 #include "quorvix/engine/AccountParams.h"
 
+#include "engine/Helpers.h"
 #include "platform/HostNames.h"
-#include "quorvix/engine/Helpers.h"
 #include "quorvix/platform/Platform.h"
 
 namespace quorvix {

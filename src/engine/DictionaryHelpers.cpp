@@ -5,9 +5,9 @@
 #include <boost/url/parse.hpp>
 #include <cmath>
 
+#include "engine/Helpers.h"
 #include "engine/JsonParse.h"
 #include "platform/Log.h"
-#include "quorvix/engine/Helpers.h"
 #include "quorvix/platform/Platform.h"
 
 namespace quorvix {

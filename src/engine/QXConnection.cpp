@@ -1,8 +1,8 @@
 #include "quorvix/engine/QXConnection.h"
 
+#include "engine/Helpers.h"
 #include "engine/JsonParse.h"
 #include "platform/Log.h"
-#include "quorvix/engine/Helpers.h"
 #include "quorvix/engine/QXErrorHandler.h"
 #include "quorvix/platform/QXDefaultConnectionHandler.h"
 

@@ -1,6 +1,6 @@
 #include "quorvix/engine/QXSessionResponse.h"
 
-#include "quorvix/engine/Helpers.h"
+#include "engine/Helpers.h"
 
 namespace quorvix {
 

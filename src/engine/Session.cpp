@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "engine/Helpers.h"
 #include "engine/ServiceAddress.h"
 #include "platform/Log.h"
-#include "quorvix/engine/Helpers.h"
 #include "quorvix/engine/QXSessionResponse.h"
 #include "quorvix/engine/Quorvix.h"
 #include "quorvix/platform/Platform.h"

@@ -7,10 +7,10 @@
 #include <cstdio>
 #include <vector>
 
+#include "engine/Helpers.h"
 #include "engine/JsonParse.h"
 #include "engine/Text.h"
 #include "platform/Digest.h"
-#include "quorvix/engine/Helpers.h"
 #include "quorvix/platform/Platform.h"
 
 namespace quorvix {

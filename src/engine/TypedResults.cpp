@@ -2,11 +2,11 @@
 
 #include <utility>
 
-#include "quorvix/engine/Helpers.h"
+#include "engine/Helpers.h"
 
-#include "quorvix/conversation/QXConversationalResponse.h"
 #include "platform/Log.h"
 #include "quorvix/configuration/QXConfiguration.h"
+#include "quorvix/conversation/QXConversationalResponse.h"
 #include "quorvix/engine/QXSessionResponse.h"
 #include "quorvix/faq/FAQAnswer.h"
 #include "quorvix/search/QXAutoCompleteResponse.h"

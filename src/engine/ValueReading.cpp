@@ -5,8 +5,8 @@
 #include <climits>
 #include <cmath>
 
+#include "engine/Helpers.h"
 #include "engine/Text.h"
-#include "quorvix/engine/Helpers.h"
 
 namespace quorvix {
 namespace {

@@ -1,7 +1,7 @@
 #include "faq/BlockingRead.h"
 
+#include "engine/Helpers.h"
 #include "platform/Log.h"
-#include "quorvix/engine/Helpers.h"
 #include "quorvix/engine/QXConnection.h"
 
 namespace quorvix::detail {

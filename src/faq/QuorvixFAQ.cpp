@@ -1,10 +1,10 @@
 // The facade's FAQ operations: FAQ lists and groups, labels, answers and like feedback.
 #include <string>
 
+#include "engine/Helpers.h"
+#include "engine/ServiceAddress.h"
 #include "faq/BlockingRead.h"
 #include "quorvix/configuration/QXConfiguration.h"
-#include "quorvix/engine/Helpers.h"
-#include "engine/ServiceAddress.h"
 #include "quorvix/engine/Quorvix.h"
 #include "quorvix/faq/FAQAnswer.h"
 #include "quorvix/faq/QXCacheManager.h"

@@ -6,10 +6,10 @@
 
 #include <boost/json/serialize.hpp>
 
+#include "engine/Helpers.h"
 #include "quorvix/channeling/QXChanneling.h"
 #include "quorvix/configuration/QXConfiguration.h"
 #include "quorvix/conversation/QXConversationalResponse.h"
-#include "quorvix/engine/Helpers.h"
 #include "quorvix/faq/QXFAQGroup.h"
 #include "quorvix/faq/QXLabel.h"
 #include "quorvix/search/QXAutoCompleteResponse.h"

@@ -1,8 +1,8 @@
 #include "quorvix/search/QXAutoCompleteResponse.h"
 
+#include "engine/Helpers.h"
 #include "quorvix/configuration/QXComponentConfiguration.h"
 #include "quorvix/configuration/QXConfiguration.h"
-#include "quorvix/engine/Helpers.h"
 #include "quorvix/engine/Quorvix.h"
 
 namespace quorvix {

@@ -1,6 +1,6 @@
 // The facade's search, suggestion and context operations.
+#include "engine/Helpers.h"
 #include "engine/ServiceAddress.h"
-#include "quorvix/engine/Helpers.h"
 #include "quorvix/engine/Quorvix.h"
 #include "quorvix/search/QXAutoCompleteResponse.h"
 #include "quorvix/search/QXSearchResponse.h"

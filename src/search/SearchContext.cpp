@@ -1,7 +1,7 @@
 #include "quorvix/search/SearchContext.h"
 
 #include "configuration/JsonReading.h"
-#include "quorvix/engine/Helpers.h"
+#include "engine/Helpers.h"
 
 namespace quorvix {
 

@@ -9,7 +9,7 @@
 
 #include <quorvix/sandbox/SandboxService.h>
 
-#include "quorvix/engine/Helpers.h"
+#include "engine/Helpers.h"
 #include "quorvix/faq/QXCacheManager.h"
 #include "quorvix/platform/Platform.h"
 #include "support/ToolRun.h"

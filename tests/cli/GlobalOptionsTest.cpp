@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "quorvix/engine/Helpers.h"
+#include "engine/Helpers.h"
 #include "tool/GlobalOptions.h"
 
 namespace quorvix::cli {

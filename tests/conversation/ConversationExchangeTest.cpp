@@ -5,11 +5,11 @@
 #include <pthread.h>
 #include <thread>
 
+#include "engine/Helpers.h"
 #include "quorvix/conversation/QXConversationMissingEntity.h"
 #include "quorvix/conversation/QXConversationalResponse.h"
 #include "quorvix/conversation/QXPersonalInfo.h"
 #include "quorvix/conversation/QXTokenizer.h"
-#include "quorvix/engine/Helpers.h"
 #include "support/ErrorMatchers.h"
 #include "support/RecordedEngineFixture.h"
 

@@ -2,8 +2,8 @@
 
 #include <boost/json/parse.hpp>
 
+#include "engine/Helpers.h"
 #include "quorvix/core/URLComponents.h"
-#include "quorvix/engine/Helpers.h"
 #include "support/PlatformFixture.h"
 
 namespace quorvix {

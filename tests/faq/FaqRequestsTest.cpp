@@ -5,7 +5,7 @@
 #include <fstream>
 #include <thread>
 
-#include "quorvix/engine/Helpers.h"
+#include "engine/Helpers.h"
 #include "quorvix/faq/FAQAnswer.h"
 #include "quorvix/faq/QXCacheManager.h"
 #include "quorvix/faq/QXLabel.h"

@@ -2,8 +2,8 @@
 
 #include <boost/json/parse.hpp>
 
+#include "conversation/ExtraData.h"
 #include "quorvix/configuration/QXComponentConfiguration.h"
-#include "quorvix/conversation/ExtraData.h"
 #include "quorvix/search/QXAutoCompleteResponse.h"
 #include "quorvix/search/QXSearchResponse.h"
 

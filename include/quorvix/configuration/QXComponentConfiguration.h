@@ -8,9 +8,9 @@
 #include <optional>
 #include <string>
 
+#include "quorvix/configuration/QXColor.h"
 #include "quorvix/configuration/TextHelpers.h"
 #include "quorvix/core/Json.h"
-#include "quorvix/engine/Helpers.h"
 
 namespace quorvix {
 

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "quorvix/configuration/ConversationSettings.h"
+#include "quorvix/configuration/QXColor.h"
 #include "quorvix/configuration/QXComponentConfiguration.h"
-#include "quorvix/engine/Helpers.h"
 #include "quorvix/engine/QXBaseResponse.h"
 
 namespace quorvix {

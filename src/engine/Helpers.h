@@ -9,20 +9,11 @@
 #include <string>
 #include <string_view>
 
+#include "quorvix/configuration/QXColor.h"
 #include "quorvix/core/Json.h"
 #include "quorvix/core/QXURLRequest.h"
 
 namespace quorvix {
-
-/// An RGBA colour, each channel in [0, 1].
-struct QXColor {
-  double red = 0;    ///< Red, 0-1.
-  double green = 0;  ///< Green, 0-1.
-  double blue = 0;   ///< Blue, 0-1.
-  double alpha = 1;  ///< Opacity, 0-1.
-  /// Member-wise equality.
-  friend bool operator==(const QXColor&, const QXColor&) = default;
-};
 
 // --- strings ---------------------------------------------------------------
 
