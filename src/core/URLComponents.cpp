@@ -4,68 +4,19 @@
 #include <boost/url/parse.hpp>
 #include <boost/url/url_view.hpp>
 
+#include "core/Encoding.h"
+
 namespace quorvix {
 namespace {
 
-constexpr char kHex[] = "0123456789ABCDEF";
-
-bool isUnreserved(unsigned char c) {
-  return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' || c == '.' ||
-         c == '_' || c == '~';
-}
-
-bool isPathChar(unsigned char c) {
-  return isUnreserved(c) || c == '/' || c == ':' || c == '@' || c == '!' || c == '$' || c == '&' || c == '\'' ||
-         c == '(' || c == ')' || c == '*' || c == '+' || c == ',' || c == ';' || c == '=';
-}
-
-template <class Allowed>
-void appendEncoded(std::string& out, std::string_view text, Allowed allowed) {
-  for (unsigned char c : text) {
-    if (allowed(c)) {
-      out.push_back(static_cast<char>(c));
-    } else {
-      out.push_back('%');
-      out.push_back(kHex[c >> 4]);
-      out.push_back(kHex[c & 0xF]);
-    }
-  }
-}
-
-int hexValue(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
-}
+using detail::BadEscape;
 
 // Percent-decodes one query name or value; an escape that is not one stays as written.
-std::string decodedComponent(std::string_view text) {
-  std::string out;
-  out.reserve(text.size());
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == '%' && i + 2 < text.size()) {
-      const int high = hexValue(text[i + 1]);
-      const int low = hexValue(text[i + 2]);
-      if (high >= 0 && low >= 0) {
-        out.push_back(static_cast<char>(high * 16 + low));
-        i += 2;
-        continue;
-      }
-    }
-    out.push_back(text[i]);
-  }
-  return out;
-}
+std::string decodedComponent(std::string_view text) { return *detail::percentDecoded(text, BadEscape::keep); }
 
 }  // namespace
 
-std::string percentEncode(std::string_view text) {
-  std::string out;
-  out.reserve(text.size() + text.size() / 2);
-  appendEncoded(out, text, isUnreserved);
-  return out;
-}
+std::string percentEncode(std::string_view text) { return detail::percentEncoded(text, detail::kUnreservedBytes); }
 
 std::optional<URLComponents> URLComponents::parse(std::string_view url) {
   auto parsed = boost::urls::parse_uri(url);
@@ -118,10 +69,10 @@ std::string URLComponents::percentEncodedQuery() const {
   std::string out;
   for (const auto& item : queryItems_) {
     if (!out.empty()) out.push_back('&');
-    appendEncoded(out, item.name, isUnreserved);
+    detail::appendPercentEncoded(out, item.name, detail::kUnreservedBytes);
     if (item.value) {
       out.push_back('=');
-      appendEncoded(out, *item.value, isUnreserved);
+      detail::appendPercentEncoded(out, *item.value, detail::kUnreservedBytes);
     }
   }
   return out;
@@ -137,7 +88,7 @@ std::string URLComponents::string() const {
     out.append(host_);
   }
   if (port_) out.append(":").append(std::to_string(*port_));
-  appendEncoded(out, path_, isPathChar);
+  detail::appendPercentEncoded(out, path_, detail::kPathBytes);
   if (!queryItems_.empty()) out.append("?").append(percentEncodedQuery());
   return out;
 }

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <vector>
 
+#include "core/Encoding.h"
 #include "engine/Helpers.h"
 #include "engine/JsonParse.h"
 #include "engine/Text.h"
@@ -15,13 +16,6 @@
 
 namespace quorvix {
 namespace {
-
-int hexDigit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
-}
 
 void replaceAll(std::string& text, std::string_view from, std::string_view to) {
   std::string out;
@@ -46,11 +40,6 @@ std::vector<std::string> split(std::string_view text, char separator) {
   }
 }
 
-// The characters a URL host may hold unescaped.
-bool isHostAllowed(unsigned char c) {
-  return std::isalnum(c) || std::string_view("!$&'()*+,-.:;=[]_~").find(static_cast<char>(c)) != std::string_view::npos;
-}
-
 }  // namespace
 
 std::string appParams(std::string_view receiver) {
@@ -69,21 +58,8 @@ QXURLRequest refererRequest(std::string_view receiver) {
 }
 
 std::optional<std::string> removingPercentEncoding(std::string_view receiver) {
-  std::string out;
-  out.reserve(receiver.size());
-  std::size_t from = 0;
-  // Copies the stretches between escapes whole.
-  for (auto at = receiver.find('%'); at != std::string_view::npos; at = receiver.find('%', from)) {
-    out.append(receiver.substr(from, at - from));
-    if (at + 2 >= receiver.size()) return std::nullopt;
-    const int high = hexDigit(receiver[at + 1]);
-    const int low = hexDigit(receiver[at + 2]);
-    if (high < 0 || low < 0) return std::nullopt;
-    out.push_back(static_cast<char>(high * 16 + low));
-    from = at + 3;
-  }
-  out.append(receiver.substr(from));
-  if (!detail::isValidUtf8(out)) return std::nullopt;
+  auto out = detail::percentDecoded(receiver, detail::BadEscape::fail);
+  if (!out || !detail::isValidUtf8(*out)) return std::nullopt;
   return out;
 }
 
@@ -104,19 +80,7 @@ std::optional<std::string> sorted(std::string_view receiver) {
   for (const auto& piece : pieces) text.append(piece).append("&");
   text.pop_back();
 
-  static constexpr char kHex[] = "0123456789ABCDEF";
-  std::string encoded;
-  encoded.reserve(text.size() + text.size() / 4);
-  for (unsigned char c : text) {
-    if (isHostAllowed(c)) {
-      encoded.push_back(static_cast<char>(c));
-    } else {
-      encoded.push_back('%');
-      encoded.push_back(kHex[c >> 4]);
-      encoded.push_back(kHex[c & 0xF]);
-    }
-  }
-  return encoded;
+  return detail::percentEncoded(text, detail::kHostBytes);
 }
 
 std::string md5(std::string_view receiver) {
@@ -143,12 +107,12 @@ QXColor hex(std::string_view receiver) {
   std::size_t i = 0;
   while (i < digits.size() && std::isspace(static_cast<unsigned char>(digits[i]))) ++i;
   if (i + 1 < digits.size() && digits[i] == '0' && (digits[i + 1] == 'x' || digits[i + 1] == 'X') && i + 2 < digits.size() &&
-      hexDigit(digits[i + 2]) >= 0) {
+      detail::hexDigitValue(digits[i + 2]) >= 0) {
     i += 2;
   }
   uint64_t value = 0;
-  for (; i < digits.size() && hexDigit(digits[i]) >= 0; ++i) {
-    value = std::min<uint64_t>(value * 16 + static_cast<uint64_t>(hexDigit(digits[i])), UINT32_MAX);
+  for (; i < digits.size() && detail::hexDigitValue(digits[i]) >= 0; ++i) {
+    value = std::min<uint64_t>(value * 16 + static_cast<uint64_t>(detail::hexDigitValue(digits[i])), UINT32_MAX);
   }
   const auto v = static_cast<uint32_t>(value);
   return QXColor{((v >> 16) & 0xFF) / 255.0, ((v >> 8) & 0xFF) / 255.0, (v & 0xFF) / 255.0, 1.0};

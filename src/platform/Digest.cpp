@@ -2,20 +2,15 @@
 
 #include <openssl/evp.h>
 
+#include "core/Encoding.h"
+
 namespace quorvix::detail {
 
 std::string md5Hex(std::string_view bytes) {
   unsigned char digest[EVP_MAX_MD_SIZE];
   unsigned int length = 0;
   if (EVP_Digest(bytes.data(), bytes.size(), digest, &length, EVP_md5(), nullptr) != 1) return {};
-  static constexpr char kHex[] = "0123456789abcdef";
-  std::string out;
-  out.reserve(length * 2);
-  for (unsigned int i = 0; i < length; ++i) {
-    out.push_back(kHex[digest[i] >> 4]);
-    out.push_back(kHex[digest[i] & 0xF]);
-  }
-  return out;
+  return hexEncode(std::string_view(reinterpret_cast<const char*>(digest), length), HexCase::lower);
 }
 
 std::string base64(std::string_view bytes) {
