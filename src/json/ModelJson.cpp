@@ -6,6 +6,7 @@
 
 #include <boost/json/serialize.hpp>
 
+#include "core/Encoding.h"
 #include "engine/Helpers.h"
 #include "quorvix/channeling/QXChanneling.h"
 #include "quorvix/configuration/QXConfiguration.h"
@@ -65,10 +66,10 @@ Json number(double value) {
 }
 
 std::string colorText(const QXColor& value) {
-  auto channel = [](double c) { return static_cast<int>(std::lround(std::clamp(c, 0.0, 1.0) * 255.0)); };
-  char buffer[8];
-  std::snprintf(buffer, sizeof buffer, "#%02X%02X%02X", channel(value.red), channel(value.green), channel(value.blue));
-  return buffer;
+  auto channel = [](double c) { return static_cast<unsigned char>(std::lround(std::clamp(c, 0.0, 1.0) * 255.0)); };
+  std::string text = "#";
+  for (const double c : {value.red, value.green, value.blue}) detail::appendHexByte(text, channel(c), detail::HexCase::upper);
+  return text;
 }
 
 JsonObject fontJson(const QXFont& value) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "engine/Helpers.h"
+#include "json/ModelJson.h"
 #include "quorvix/core/URLComponents.h"
 
 namespace quorvix {
@@ -40,6 +41,9 @@ TEST(EncodingTest, QueryReadingKeepsBadEscapesWhereStrictDecodingRefuses) {
 TEST(EncodingTest, DigestsAreLowerCaseAndColoursReadEitherCase) {
   EXPECT_EQ(md5(""), "d41d8cd98f00b204e9800998ecf8427e");
   EXPECT_EQ(hex("#aBcDeF"), (QXColor{0xAB / 255.0, 0xCD / 255.0, 0xEF / 255.0, 1.0}));
+  // Colours are written back in upper case, two digits a channel.
+  EXPECT_EQ(documents::colorText(hex("#0a1B2c")), "#0A1B2C");
+  EXPECT_EQ(documents::colorText(QXColor{0, 1, 2, 1}), "#00FFFF");
 }
 
 }  // namespace
