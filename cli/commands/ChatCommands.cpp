@@ -16,6 +16,7 @@
 
 #include "commands/Commands.h"
 #include "engine/Helpers.h"
+#include "quorvix/conversation/QXChatEngineDelegate.h"
 #include "quorvix/conversation/QXConversationMissingEntity.h"
 #include "quorvix/conversation/QXConversationalResponse.h"
 #include "quorvix/conversation/QXPersonalInfo.h"

@@ -1,5 +1,6 @@
 // The facade's widget configuration: asking for it, fetching it, and applying
 // the FAQ groups or label it calls for before the engine counts as prepared.
+#include "engine/EngineState.h"
 #include "engine/Helpers.h"
 #include "engine/ServiceAddress.h"
 #include "platform/Log.h"
@@ -10,35 +11,35 @@
 namespace quorvix {
 
 std::shared_ptr<QXConfiguration> Quorvix::configuration() {
-  std::lock_guard lock(mutex_);
-  if (!configuration_) configuration_ = std::make_shared<QXConfiguration>();
-  return configuration_;
+  std::lock_guard lock(state_->mutex);
+  if (!state_->configuration) state_->configuration = std::make_shared<QXConfiguration>();
+  return state_->configuration;
 }
 
 void Quorvix::setConfiguration(std::shared_ptr<QXConfiguration> configuration) {
-  std::lock_guard lock(mutex_);
-  configuration_ = std::move(configuration);
+  std::lock_guard lock(state_->mutex);
+  state_->configuration = std::move(configuration);
 }
 
 QXConfigurationCompletion Quorvix::fetchConfiguration() const {
-  std::lock_guard lock(mutex_);
-  return fetchConfiguration_;
+  std::lock_guard lock(state_->mutex);
+  return state_->fetchConfiguration;
 }
 
 void Quorvix::setFetchConfiguration(QXConfigurationCompletion callback) {
   std::shared_ptr<QXConfiguration> held;
   bool fetch = false;
   {
-    std::lock_guard lock(mutex_);
-    if (configuration_) {
-      held = configuration_;
-    } else if (callback && !fetchConfiguration_) {
+    std::lock_guard lock(state_->mutex);
+    if (state_->configuration) {
+      held = state_->configuration;
+    } else if (callback && !state_->fetchConfiguration) {
       // The fetch under way (started by the preparation) will call it.
-      fetchConfiguration_ = std::move(callback);
+      state_->fetchConfiguration = std::move(callback);
       return;
     } else {
       // A callback arriving while another is stored is dropped uncalled.
-      fetch = accountParams_ != nullptr;
+      fetch = state_->accountParams != nullptr;
     }
   }
   if (held) {
@@ -54,18 +55,18 @@ void Quorvix::whenConfigured(QXConfigurationCompletion completion) {
   std::shared_ptr<QXConfiguration> held;
   std::shared_ptr<AccountParams> params;
   {
-    std::lock_guard lock(mutex_);
-    params = accountParams_;
-    held = configuration_;
-    if (isPrepared_ && held) {
+    std::lock_guard lock(state_->mutex);
+    params = state_->accountParams;
+    held = state_->configuration;
+    if (state_->isPrepared && held) {
       next = Next::Answer;
     } else if (!params || !params->baseUrlComp()) {
       next = Next::Refuse;
     } else {
-      configurationWaiters_.push_back(std::move(completion));
+      state_->configurationWaiters.push_back(std::move(completion));
       // Joins the fetch under way, or starts one.
-      next = configurationFetching_ ? Next::Wait : Next::Fetch;
-      configurationFetching_ = true;
+      next = state_->configurationFetching ? Next::Wait : Next::Fetch;
+      state_->configurationFetching = true;
     }
   }
   switch (next) {
@@ -84,11 +85,11 @@ void Quorvix::endConfigurationWait(uint64_t preparation, const std::shared_ptr<Q
                                    const std::optional<QXError>& error) {
   std::vector<QXConfigurationCompletion> waiters;
   {
-    std::lock_guard lock(mutex_);
+    std::lock_guard lock(state_->mutex);
     // The waiters now wait for the newer preparation's fetch.
-    if (preparation != preparation_) return;
-    configurationFetching_ = false;
-    waiters.swap(configurationWaiters_);
+    if (preparation != state_->preparation) return;
+    state_->configurationFetching = false;
+    waiters.swap(state_->configurationWaiters);
   }
   for (auto& waiter : waiters) {
     detail::runCatching("A configuration callback", [&] {
@@ -117,9 +118,9 @@ void Quorvix::fetchCNF(QXConfigurationCompletion) {
   const std::optional<URLComponents> components = cnfComponent();
   uint64_t preparation = 0;
   {
-    std::lock_guard lock(mutex_);
-    preparation = preparation_;
-    configurationFetching_ = components.has_value();
+    std::lock_guard lock(state_->mutex);
+    preparation = state_->preparation;
+    state_->configurationFetching = components.has_value();
   }
   if (!components) {
     endConfigurationWait(preparation, nullptr, detail::addressError(accountParams()));
@@ -132,9 +133,9 @@ void Quorvix::fetchCNF(QXConfigurationCompletion) {
     // The stored callback, unless the engine was prepared again meanwhile: a
     // configuration asked for an earlier account is of no use any more.
     auto current = [&self, preparation](QXConfigurationCompletion& callback) {
-      std::lock_guard lock(self->mutex_);
-      if (preparation != self->preparation_) return false;
-      callback = self->fetchConfiguration_;
+      std::lock_guard lock(self->state_->mutex);
+      if (preparation != self->state_->preparation) return false;
+      callback = self->state_->fetchConfiguration;
       return true;
     };
     QXConfigurationCompletion callback;
@@ -151,10 +152,10 @@ void Quorvix::fetchCNF(QXConfigurationCompletion) {
     }
     std::shared_ptr<AccountParams> params;
     {
-      std::lock_guard lock(self->mutex_);
-      if (preparation != self->preparation_) return;
-      self->configuration_ = configuration;
-      params = self->accountParams_;
+      std::lock_guard lock(self->state_->mutex);
+      if (preparation != self->state_->preparation) return;
+      self->state_->configuration = configuration;
+      params = self->state_->accountParams;
     }
 
     // These reads block this (transport completion) thread.

@@ -4,10 +4,12 @@
 #include <mutex>
 #include <utility>
 
+#include "engine/EngineState.h"
 #include "engine/Helpers.h"
 #include "engine/ServiceAddress.h"
 #include "quorvix/configuration/QXConfiguration.h"
 #include "quorvix/conversation/ClientCalls.h"
+#include "quorvix/conversation/QXChatEngineDelegate.h"
 #include "quorvix/conversation/QXConversationMissingEntity.h"
 #include "quorvix/conversation/QXConversationalResponse.h"
 #include "quorvix/conversation/QXPersonalInfo.h"
@@ -189,9 +191,9 @@ class PlaceholderResolver : public std::enable_shared_from_this<PlaceholderResol
 }  // namespace
 
 std::shared_ptr<QXTokenizer> Quorvix::tokenizer() {
-  std::lock_guard lock(mutex_);
-  if (!tokenizer_) tokenizer_ = std::make_shared<QXTokenizer>();
-  return tokenizer_;
+  std::lock_guard lock(state_->mutex);
+  if (!state_->tokenizer) state_->tokenizer = std::make_shared<QXTokenizer>();
+  return state_->tokenizer;
 }
 
 void Quorvix::createConversationWithCompletion(QXCreateConversationCompletion completion) {
@@ -299,10 +301,10 @@ void Quorvix::conversationStatement(std::string statement, bool type, std::optio
   std::shared_ptr<AccountParams> params;
   std::optional<std::string> id;
   {
-    std::lock_guard lock(mutex_);
-    if (!conversationId_) conversationId_ = std::move(conversationId);
-    id = conversationId_;
-    params = accountParams_;
+    std::lock_guard lock(state_->mutex);
+    if (!state_->conversationId) state_->conversationId = std::move(conversationId);
+    id = state_->conversationId;
+    params = state_->accountParams;
   }
   auto components = detail::serviceAddress(params, kStatementPath);
   if (!components) {
@@ -326,10 +328,10 @@ void Quorvix::conversationArticle(std::string articleId, std::optional<std::stri
   std::shared_ptr<AccountParams> params;
   std::optional<std::string> id;
   {
-    std::lock_guard lock(mutex_);
-    if (!conversationId_) conversationId_ = std::move(conversationId);
-    id = conversationId_;
-    params = accountParams_;
+    std::lock_guard lock(state_->mutex);
+    if (!state_->conversationId) state_->conversationId = std::move(conversationId);
+    id = state_->conversationId;
+    params = state_->accountParams;
   }
   auto components = detail::serviceAddress(params, kStatementPath);
   if (!components) {
@@ -349,10 +351,10 @@ void Quorvix::sendMissingEntities(std::optional<std::string> entities, bool isPo
   std::shared_ptr<AccountParams> params;
   std::optional<std::string> id;
   {
-    std::lock_guard lock(mutex_);
-    if (!conversationId_) conversationId_ = std::move(conversationId);
-    id = conversationId_;
-    params = accountParams_;
+    std::lock_guard lock(state_->mutex);
+    if (!state_->conversationId) state_->conversationId = std::move(conversationId);
+    id = state_->conversationId;
+    params = state_->accountParams;
   }
   auto components = detail::serviceAddress(params, kStatementPath);
   if (!components) {

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "engine/EngineState.h"
 #include "engine/Helpers.h"
 #include "engine/ServiceAddress.h"
 #include "platform/Log.h"
@@ -33,27 +34,27 @@ double keepAlivePeriod(std::optional<double> delay) {
 void Quorvix::startSession(std::function<void()> continuation) {
   SessionWaiter waiter;
   if (continuation) waiter = [continuation = std::move(continuation)](const std::optional<std::string>&) { continuation(); };
-  std::unique_lock lock(mutex_);
+  StateLock lock(state_->mutex);
   joinSessionStart(lock, std::move(waiter));
 }
 
-void Quorvix::joinSessionStart(std::unique_lock<std::mutex>& lock, SessionWaiter waiter) {
-  if (waiter) sessionWaiters_.push_back(std::move(waiter));
+void Quorvix::joinSessionStart(StateLock& lock, SessionWaiter waiter) {
+  if (waiter) state_->sessionWaiters.push_back(std::move(waiter));
   // One "hello.js" at a time: later callers wait for the one in flight.
-  if (sessionStarting_) return;
-  sessionStarting_ = true;
-  const uint64_t start = ++sessionStart_;
-  auto params = accountParams_;
+  if (state_->sessionStarting) return;
+  state_->sessionStarting = true;
+  const uint64_t start = ++state_->sessionStart;
+  auto params = state_->accountParams;
   lock.unlock();
 
   auto components = params ? params->baseUrlComp() : std::nullopt;
   if (!components) {
     std::vector<SessionWaiter> dropped;
     lock.lock();
-    if (start != sessionStart_) return;
-    sessionStarting_ = false;
-    dropped.swap(sessionWaiters_);
-    sessionError_ = detail::addressError(params);
+    if (start != state_->sessionStart) return;
+    state_->sessionStarting = false;
+    dropped.swap(state_->sessionWaiters);
+    state_->sessionError = detail::addressError(params);
     lock.unlock();
     return;
   }
@@ -72,22 +73,22 @@ void Quorvix::finishSessionStart(uint64_t start, QXResponse response) {
   std::vector<SessionWaiter> waiters;
   std::optional<std::string> sessionId;
   {
-    std::lock_guard lock(mutex_);
+    std::lock_guard lock(state_->mutex);
     // `stop` abandoned this start: its answer changes nothing.
-    if (start != sessionStart_ || !sessionStarting_) return;
-    sessionStarting_ = false;
+    if (start != state_->sessionStart || !state_->sessionStarting) return;
+    state_->sessionStarting = false;
     // On failure the waiting requests are dropped: they never complete.
-    waiters.swap(sessionWaiters_);
+    waiters.swap(state_->sessionWaiters);
     if (response.error()) {
-      sessionError_ = response.error();
+      state_->sessionError = response.error();
       return;
     }
     auto session = response.typeAs<QXSessionResponse>();
     if (!session) return;
-    sessionId_ = session->sessionId();
-    sessionId = sessionId_;
-    delay_ = session->timeout();
-    scheduleKeepAlive(++keepAliveChain_, keepAlivePeriod(delay_));
+    state_->sessionId = session->sessionId();
+    sessionId = state_->sessionId;
+    state_->delay = session->timeout();
+    scheduleKeepAlive(++state_->keepAliveChain, keepAlivePeriod(state_->delay));
   }
   for (auto& waiter : waiters) {
     detail::runCatching("A request waiting for the session", [&] { waiter(sessionId); });
@@ -95,11 +96,11 @@ void Quorvix::finishSessionStart(uint64_t start, QXResponse response) {
 }
 
 void Quorvix::executeRequest(URLComponents components, QXResponseCompletion completion) {
-  std::unique_lock lock(mutex_);
+  StateLock lock(state_->mutex);
   // Read and decided under one lock: a session that opens meanwhile is either
   // seen here or still being started, so no second "hello.js" goes out.
-  if (sessionId_) {
-    auto sid = sessionId_;
+  if (state_->sessionId) {
+    auto sid = state_->sessionId;
     lock.unlock();
     components.appendQueryItem("sid", std::move(sid));
     sendInSession(std::move(components), std::move(completion));
@@ -156,10 +157,10 @@ void Quorvix::resendInNewSession(URLComponents components, QXResponseCompletion 
     components.appendQueryItem("sid", sid);
     QXConnection::openConnection(owner->connectionHandler(), components, std::move(completion));
   };
-  std::unique_lock lock(mutex_);
-  if (sessionId_ && sessionId_ != rejectedSid) {
+  StateLock lock(state_->mutex);
+  if (state_->sessionId && state_->sessionId != rejectedSid) {
     // Another rejected request has already opened the new session: use it.
-    auto sid = sessionId_;
+    auto sid = state_->sessionId;
     lock.unlock();
     resend(sid);
     return;
@@ -170,16 +171,16 @@ void Quorvix::resendInNewSession(URLComponents components, QXResponseCompletion 
 void Quorvix::startKeepAlive() {
   uint64_t chain;
   {
-    std::lock_guard lock(mutex_);
-    chain = ++keepAliveChain_;
+    std::lock_guard lock(state_->mutex);
+    chain = ++state_->keepAliveChain;
   }
   keepAlive(chain);
 }
 
 void Quorvix::keepAlive(uint64_t chain) {
   {
-    std::lock_guard lock(mutex_);
-    if (chain != keepAliveChain_) return;
+    std::lock_guard lock(state_->mutex);
+    if (chain != state_->keepAliveChain) return;
   }
   auto params = accountParams();
   auto components = params ? params->baseUrlComp() : std::nullopt;
@@ -191,22 +192,22 @@ void Quorvix::keepAlive(uint64_t chain) {
     if (response.error()) detail::logFormat("Quorvix failed to keep alive %@", describe(*response.error()));
     auto session = response.error() ? nullptr : response.typeAs<QXSessionResponse>();
     const int64_t status = session && session->status() ? integerValue(*session->status()) : 0;
-    std::lock_guard lock(self->mutex_);
+    std::lock_guard lock(self->state_->mutex);
     // A chain that `stop` (or a newer chain) ended schedules nothing.
-    if (chain != self->keepAliveChain_) return;
+    if (chain != self->state_->keepAliveChain) return;
     if (response.error()) {
       self->scheduleKeepAlive(chain, kKeepAliveRetrySeconds);
     } else if (status != 200) {
       // The service no longer keeps this session: the next request opens a new one.
-      self->sessionId_.reset();
+      self->state_->sessionId.reset();
     } else {
-      self->scheduleKeepAlive(chain, keepAlivePeriod(self->delay_));
+      self->scheduleKeepAlive(chain, keepAlivePeriod(self->state_->delay));
     }
   });
 }
 
 void Quorvix::scheduleKeepAlive(uint64_t chain, double seconds) {
-  // Called under `mutex_`, so a `stop` (which cancels under it too) cannot slip
+  // Called under `state_->mutex`, so a `stop` (which cancels under it too) cannot slip
   // between the check of the chain and the scheduling.
   platform::scheduler()->schedule(this, seconds, [weak = weak_from_this(), chain] {
     if (auto self = weak.lock()) self->keepAlive(chain);

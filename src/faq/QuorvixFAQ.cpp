@@ -1,6 +1,7 @@
 // The facade's FAQ operations: FAQ lists and groups, labels, answers and like feedback.
 #include <string>
 
+#include "engine/EngineState.h"
 #include "engine/Helpers.h"
 #include "engine/ServiceAddress.h"
 #include "faq/BlockingRead.h"
@@ -91,8 +92,8 @@ std::optional<Json> Quorvix::labels() {
   std::optional<std::string> kbId;
   {
     // The configuration's knowledge-base id: absent until the configuration has arrived.
-    std::lock_guard lock(mutex_);
-    if (configuration_) kbId = configuration_->kbId();
+    std::lock_guard lock(state_->mutex);
+    if (state_->configuration) kbId = state_->configuration->kbId();
   }
   components->appendQueryItem("kb", kbId);
   appendIfSet(*components, "apiKey", params->apiKey());
@@ -204,9 +205,9 @@ void Quorvix::like(int32_t action, std::shared_ptr<QXQueryResult> forResult, QXL
 }
 
 std::shared_ptr<QXLikeStateHandler> Quorvix::likeState() {
-  std::lock_guard lock(mutex_);
-  if (!likeState_) likeState_ = std::make_shared<QXLikeStateHandler>();
-  return likeState_;
+  std::lock_guard lock(state_->mutex);
+  if (!state_->likeState) state_->likeState = std::make_shared<QXLikeStateHandler>();
+  return state_->likeState;
 }
 
 }  // namespace quorvix

@@ -1,4 +1,5 @@
 // The facade's search, suggestion and context operations.
+#include "engine/EngineState.h"
 #include "engine/Helpers.h"
 #include "engine/ServiceAddress.h"
 #include "quorvix/engine/Quorvix.h"
@@ -18,10 +19,10 @@ constexpr std::string_view kSetParamsPath = "/api/widget/v1/setParams";
 void Quorvix::searchText(std::optional<std::string> text, SearchCompletion completion) {
   std::shared_ptr<QXSearchResponse> cached;
   {
-    std::lock_guard lock(mutex_);
+    std::lock_guard lock(state_->mutex);
     // The cache is used only once the host has read it (see cachedSearches).
-    if (text && cachedSearches_) {
-      if (auto found = cachedSearches_->find(*text); found != cachedSearches_->end()) cached = found->second;
+    if (text && state_->cachedSearches) {
+      if (auto found = state_->cachedSearches->find(*text); found != state_->cachedSearches->end()) cached = found->second;
     }
   }
   if (cached) {
@@ -42,30 +43,30 @@ void Quorvix::searchText(std::optional<std::string> text, SearchCompletion compl
     auto result = response.typeAs<QXSearchResponse>();
     if (!result) return;  // neither result nor error: nothing to say
     if (auto self = weak.lock(); self && text) {
-      std::lock_guard lock(self->mutex_);
-      if (self->cachedSearches_) (*self->cachedSearches_)[*text] = result;
+      std::lock_guard lock(self->state_->mutex);
+      if (self->state_->cachedSearches) (*self->state_->cachedSearches)[*text] = result;
     }
     if (completion) completion(std::move(result), std::nullopt);
   });
 }
 
 SearchCache Quorvix::cachedSearches() {
-  std::lock_guard lock(mutex_);
-  if (!cachedSearches_) cachedSearches_.emplace();
-  return *cachedSearches_;
+  std::lock_guard lock(state_->mutex);
+  if (!state_->cachedSearches) state_->cachedSearches.emplace();
+  return *state_->cachedSearches;
 }
 
 void Quorvix::setCachedSearches(SearchCache cache) {
-  std::lock_guard lock(mutex_);
-  cachedSearches_ = std::move(cache);
+  std::lock_guard lock(state_->mutex);
+  state_->cachedSearches = std::move(cache);
 }
 
 void Quorvix::suggestionsForText(std::optional<std::string> text, SuggestionCompletion completion) {
   std::shared_ptr<QXAutoCompleteResponse> cached;
   {
-    std::lock_guard lock(mutex_);
-    if (text && cachedSuggestions_) {
-      if (auto found = cachedSuggestions_->find(*text); found != cachedSuggestions_->end()) cached = found->second;
+    std::lock_guard lock(state_->mutex);
+    if (text && state_->cachedSuggestions) {
+      if (auto found = state_->cachedSuggestions->find(*text); found != state_->cachedSuggestions->end()) cached = found->second;
     }
   }
   if (cached) {
@@ -82,9 +83,9 @@ void Quorvix::suggestionsForText(std::optional<std::string> text, SuggestionComp
     // A result wins over an error here (an HTTP error can still carry suggestions).
     if (auto result = response.typeAs<QXAutoCompleteResponse>()) {
       if (auto self = weak.lock(); self && text) {
-        std::lock_guard lock(self->mutex_);
-        if (!self->cachedSuggestions_) self->cachedSuggestions_.emplace();
-        (*self->cachedSuggestions_)[*text] = result;
+        std::lock_guard lock(self->state_->mutex);
+        if (!self->state_->cachedSuggestions) self->state_->cachedSuggestions.emplace();
+        (*self->state_->cachedSuggestions)[*text] = result;
       }
       if (completion) completion(std::move(result), std::nullopt);
     } else if (response.error()) {
@@ -94,14 +95,14 @@ void Quorvix::suggestionsForText(std::optional<std::string> text, SuggestionComp
 }
 
 SuggestionCache Quorvix::cachedSuggestions() {
-  std::lock_guard lock(mutex_);
-  if (!cachedSuggestions_) cachedSuggestions_.emplace();
-  return *cachedSuggestions_;
+  std::lock_guard lock(state_->mutex);
+  if (!state_->cachedSuggestions) state_->cachedSuggestions.emplace();
+  return *state_->cachedSuggestions;
 }
 
 void Quorvix::setCachedSuggestions(SuggestionCache cache) {
-  std::lock_guard lock(mutex_);
-  cachedSuggestions_ = std::move(cache);
+  std::lock_guard lock(state_->mutex);
+  state_->cachedSuggestions = std::move(cache);
 }
 
 void Quorvix::contextValue(std::string contexts, ContextValueCompletion completion) {

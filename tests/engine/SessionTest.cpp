@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "quorvix/engine/QXErrorHandler.h"
 #include "quorvix/engine/Quorvix.h"
 #include "support/RecordedEngineFixture.h"
 

@@ -6,6 +6,7 @@
 #include <boost/json.hpp>
 #include <mutex>
 
+#include "quorvix/conversation/QXChatEngineDelegate.h"
 #include "quorvix/conversation/QXConversationMissingEntity.h"
 #include "quorvix/conversation/QXConversationalResponse.h"
 #include "quorvix/conversation/QXPersonalInfo.h"

@@ -3,6 +3,7 @@
 
 #include <atomic>
 
+#include "quorvix/engine/QXErrorHandler.h"
 #include "support/ErrorMatchers.h"
 #include "support/SandboxFixture.h"
 

@@ -5,27 +5,26 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "quorvix/conversation/ConversationCompletions.h"
-#include "quorvix/conversation/QXChatEngineDelegate.h"
 #include "quorvix/core/Json.h"
 #include "quorvix/core/QXError.h"
 #include "quorvix/core/URLComponents.h"
 #include "quorvix/engine/AccountParams.h"
 #include "quorvix/engine/QXConnection.h"
-#include "quorvix/engine/QXErrorHandler.h"
 #include "quorvix/faq/FAQCompletions.h"
-#include "quorvix/platform/QXConnectionHandler.h"
 #include "quorvix/search/SearchCompletions.h"
 
 namespace quorvix {
 
-class QXTokenizer;
+class QXChatEngineDelegate;
+class QXConnectionHandler;
+class QXErrorHandler;
 class QXQueryResult;
+class QXTokenizer;
 
 /// The engine. A host uses the process-wide `shared()` instance; tests and
 /// hosts that need several engines may make their own with `create()`.
@@ -289,9 +288,11 @@ class Quorvix : public std::enable_shared_from_this<Quorvix> {
   // Runs once a session start ends well, with the new session's id.
   using SessionWaiter = std::function<void(const std::optional<std::string>& sessionId)>;
 
+  // A held lock on the engine's state.
+  struct StateLock;
   // Queues `waiter` for the session start in flight, or starts one. Called with
-  // `lock` (on `mutex_`) held; may release it.
-  void joinSessionStart(std::unique_lock<std::mutex>& lock, SessionWaiter waiter);
+  // `lock` held; may release it.
+  void joinSessionStart(StateLock& lock, SessionWaiter waiter);
   void sendInSession(URLComponents components, QXResponseCompletion completion);
   void probeAndResend(URLComponents components, QXResponseCompletion completion, QXResponse rejected);
   void resendInNewSession(URLComponents components, QXResponseCompletion completion);
@@ -301,54 +302,18 @@ class Quorvix : public std::enable_shared_from_this<Quorvix> {
   void endConfigurationWait(uint64_t preparation, const std::shared_ptr<QXConfiguration>& configuration,
                             const std::optional<QXError>& error);
   void keepAlive(uint64_t chain);
-  // Called with `mutex_` held.
+  // Called with the state locked.
   void scheduleKeepAlive(uint64_t chain, double seconds);
 
-  mutable std::mutex mutex_;
-  std::shared_ptr<AccountParams> accountParams_;
-  bool isPrepared_ = false;
-  std::shared_ptr<QXErrorHandler> errorHandler_;
-  std::shared_ptr<QXConnectionHandler> connectionHandler_;
-  std::weak_ptr<QXChatEngineDelegate> delegate_;
-  std::weak_ptr<QXChatEngineDelegate> chatDelegate_;
-
-  std::optional<std::string> sessionId_;
-  std::optional<double> delay_;
-  std::optional<QXError> sessionError_;
-  std::optional<JsonArray> waitingAPICalls_;
-  JsonObject requestParams_;
-  std::function<void()> faqCompletion_;
-  std::optional<std::string> knowledgeBase_;
-  std::optional<std::string> conversationId_;
-  // Configuration and FAQ.
-  std::shared_ptr<QXConfiguration> configuration_;
-  QXConfigurationCompletion fetchConfiguration_;
-  std::shared_ptr<QXLikeStateHandler> likeState_;
-  // Callers of `whenConfigured` waiting for a fetch of the current preparation,
-  // and whether one is under way.
-  std::vector<QXConfigurationCompletion> configurationWaiters_;
-  bool configurationFetching_ = false;
-  // Counts preparations: a configuration fetched for an earlier account is dropped.
-  uint64_t preparation_ = 0;
-  std::shared_ptr<QXTokenizer> tokenizer_;  // made on first read
   // The create request of `createConversationWithEntities`, once the configuration is in.
   void openConversationWithEntities(const std::shared_ptr<AccountParams>& params,
                                     const std::vector<std::string>& entities, bool textOnly,
                                     const QXCreateConversationWithEntitiesCompletion& completion);
 
-  // Search and suggestion caches: absent until first read through their accessors.
-  std::optional<SearchCache> cachedSearches_;
-  std::optional<SuggestionCache> cachedSuggestions_;
-
-  // Continuations waiting for the "hello.js" in flight (none in flight when
-  // `sessionStarting_` is false).
-  bool sessionStarting_ = false;
-  std::vector<SessionWaiter> sessionWaiters_;
-  // Numbers session starts; `stop` moves it on, so the answer of a start it
-  // abandoned is recognised and ignored.
-  uint64_t sessionStart_ = 0;
-  // Identifies the live keep-alive chain; a chain whose number is stale stops.
-  uint64_t keepAliveChain_ = 0;
+  // Everything the engine holds (src/engine/EngineState.h), behind one pointer
+  // so that the subsystems' state stays out of this header.
+  struct State;
+  std::unique_ptr<State> state_;
 };
 
 }  // namespace quorvix
