@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <filesystem>
+#include <map>
 #include <mutex>
 
 #include "quorvix/configuration/QXConfiguration.h"
@@ -81,19 +82,23 @@ TEST_F(ConfigurationIntegrationTest, PrepareRoadEndsWithTheEnginePrepared) {
   ASSERT_TRUE(answer->body());
   EXPECT_EQ(answer->body()->extraData()->as_object().at("durationSeconds"), 95);
 
-  // A vote the service accepts, and one for an article it does not know.
-  std::vector<bool> votes;
+  // A vote the service accepts, and one for an article it does not know. The
+  // two are in flight together, so their answers may come back in either order.
+  std::map<std::string, bool> votes;
+  const auto record = [&](std::optional<std::string> resultId, int32_t, bool success) {
+    votes[resultId.value_or("")] = success;
+  };
   auto result = std::make_shared<QXQueryResult>();
   result->setResultId("1003");
-  engine->like(1, result, [&](auto, auto, bool success) { votes.push_back(success); });
+  engine->like(1, result, record);
   auto unknown = std::make_shared<QXQueryResult>();
   unknown->setResultId("no-such-article");
-  engine->like(1, unknown, [&](auto, auto, bool success) { votes.push_back(success); });
+  engine->like(1, unknown, record);
   ASSERT_TRUE(eventually([&] {
     mainQueue->drain();
     return votes.size() == 2;
   }));
-  EXPECT_EQ(votes, (std::vector<bool>{true, false}));
+  EXPECT_EQ(votes, (std::map<std::string, bool>{{"1003", true}, {"no-such-article", false}}));
 }
 
 TEST_F(ConfigurationIntegrationTest, LabelAndContextDecideTheGroups) {
