@@ -42,13 +42,7 @@ void withConfiguration(qx_engine& handle, const std::shared_ptr<Callback>& callb
   // when it already failed.
   engine->whenConfigured(
       [callback, then = std::move(then)](std::shared_ptr<QXConfiguration> configuration, std::optional<QXError> error) {
-        if (error) {
-          callback->fail(*error);
-        } else if (!configuration) {
-          callback->fail(errors::notValidResponse());
-        } else {
-          then(configuration);
-        }
+        if (!failedWithout(*callback, configuration, error)) then(configuration);
       });
 }
 
@@ -136,14 +130,9 @@ QX_API void qx_answer(qx_engine* engine, const char* answer_id, const char* hash
         answer_id, optionalText(hash),
         [cb, state = handle.state, id = std::string(answer_id)](std::shared_ptr<FAQAnswer> answer,
                                                                 std::optional<QXError> error) {
-          if (error) {
-            cb->fail(*error);
-          } else if (!answer) {
-            cb->fail(errors::notValidResponse());
-          } else {
-            remember(*state, id, answer);
-            cb->succeed(documents::queryResultJson(*answer));
-          }
+          if (failedWithout(*cb, answer, error)) return;
+          remember(*state, id, answer);
+          cb->succeed(documents::queryResultJson(*answer));
         });
   });
 }
@@ -196,14 +185,7 @@ QX_API void qx_search(qx_engine* engine, const char* text, qx_callback callback,
     handle.engine->searchText(
         std::string(text), [cb, state = handle.state](std::shared_ptr<QXSearchResponse> response,
                                                       std::optional<QXError> error) {
-          if (error) {
-            cb->fail(*error);
-            return;
-          }
-          if (!response) {
-            cb->fail(errors::notValidResponse());
-            return;
-          }
+          if (failedWithout(*cb, response, error)) return;
           {
             std::lock_guard lock(state->mutex);
             state->latestHits.clear();
@@ -223,15 +205,8 @@ QX_API void qx_suggest(qx_engine* engine, const char* text, qx_callback callback
     handle.engine->suggestionsForText(
         std::string(text), [cb, weak = std::weak_ptr<Quorvix>(handle.engine)](
                                std::shared_ptr<QXAutoCompleteResponse> response, std::optional<QXError> error) {
-          if (error) {
-            cb->fail(*error);
-            return;
-          }
           auto engine = weak.lock();
-          if (!response || !engine) {
-            cb->fail(errors::notValidResponse());
-            return;
-          }
+          if (failedWithout(*cb, response && engine, error)) return;
           // Styled with this engine's autocomplete settings (the defaults before a configuration).
           auto settings = engine->configuration()->autoComplete();
           const auto styled = settings ? response->suggestions(*settings) : response->suggestions(QXAutoCompleteConfiguration());

@@ -2,6 +2,7 @@
 // The shape every asynchronous operation of the C API shares.
 
 #include <memory>
+#include <optional>
 
 #include "capi/Handles.h"
 
@@ -31,6 +32,20 @@ inline bool require(const char* text, const char* what, Callback& callback) {
   if (text != nullptr) return true;
   callback.fail(makeError(QX_ERROR_INVALID_ARGUMENT, std::string(what) + " is missing"));
   return false;
+}
+
+/// Fails the callback with the engine's error, or, without one, when there is
+/// no value (the reply was not what the operation reads); true when it failed.
+template <typename Value>
+bool failedWithout(Callback& callback, const Value& value, const std::optional<QXError>& error) {
+  if (error) {
+    callback.fail(*error);
+  } else if (!value) {
+    callback.fail(errors::notValidResponse());
+  } else {
+    return false;
+  }
+  return true;
 }
 
 }  // namespace quorvix::capi
