@@ -3,12 +3,12 @@
 #include <re2/re2.h>
 
 #include <cstdint>
-#include <cstring>
 #include <random>
 #include <utility>
 #include <vector>
 
 #include "engine/Helpers.h"
+#include "core/WordScan.h"
 #include "engine/JsonParse.h"
 #include "platform/Log.h"
 
@@ -52,16 +52,6 @@ std::size_t digitRunMinimum(std::string_view pattern) {
   return minimum;
 }
 
-// Whether any of the eight bytes of `word` is an ASCII digit (a byte strictly
-// between '/' and ':'; bytes of 0x80 and above never count).
-bool holdsDigit(uint64_t word) {
-  constexpr uint64_t kOnes = ~uint64_t{0} / 255;
-  constexpr uint64_t kLow = kOnes * 127;
-  constexpr uint64_t kHigh = kOnes * 128;
-  const uint64_t low = word & kLow;
-  return ((kOnes * (127 + ':') - low) & ~word & (low + kOnes * (127 - '/')) & kHigh) != 0;
-}
-
 // Every run of at least `minimum` ASCII digits, in order. Text between runs
 // is skipped eight bytes at a time.
 std::vector<Span> digitRuns(std::string_view text, std::size_t minimum) {
@@ -71,13 +61,7 @@ std::vector<Span> digitRuns(std::string_view text, std::size_t minimum) {
   std::size_t i = 0;
   while (i < size) {
     if (!isDigit(data[i])) {
-      ++i;
-      while (i + 8 <= size) {
-        uint64_t word;
-        std::memcpy(&word, data + i, sizeof word);
-        if (holdsDigit(word)) break;
-        i += 8;
-      }
+      i = detail::skipWords(text, i + 1, detail::holdsDigit);
       continue;
     }
     std::size_t j = i + 1;

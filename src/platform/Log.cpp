@@ -2,7 +2,8 @@
 
 #include <array>
 #include <cstdint>
-#include <cstring>
+
+#include "core/WordScan.h"
 
 #include "quorvix/platform/Platform.h"
 
@@ -34,26 +35,11 @@ namespace {
 
 bool endsValue(char c) { return c == '&' || c == '#' || c == ' ' || c == '"' || c == '\n' || c == ','; }
 
-// Whether any byte of `word` equals `byte`.
-bool holdsByte(uint64_t word, unsigned char byte) {
-  constexpr uint64_t kOnes = ~uint64_t{0} / 255;
-  constexpr uint64_t kHigh = kOnes * 128;
-  const uint64_t x = word ^ (kOnes * byte);
-  return ((x - kOnes) & ~x & kHigh) != 0;
-}
-
 // The first "?" or "&" at or after `from`, or the size. Log lines can be
 // megabytes of reply text with neither: they are skipped eight bytes at a time.
 std::size_t nextQueryMark(std::string_view text, std::size_t from) {
-  const char* data = text.data();
-  std::size_t i = from;
-  while (i + 8 <= text.size()) {
-    uint64_t word;
-    std::memcpy(&word, data + i, sizeof word);
-    if (holdsByte(word, '?') || holdsByte(word, '&')) break;
-    i += 8;
-  }
-  while (i < text.size() && data[i] != '?' && data[i] != '&') ++i;
+  std::size_t i = skipWords(text, from, [](uint64_t word) { return holdsByte(word, '?') || holdsByte(word, '&'); });
+  while (i < text.size() && text[i] != '?' && text[i] != '&') ++i;
   return i;
 }
 
